@@ -1,0 +1,216 @@
+#include "platform/LinuxSockets.h"
+
+#include "platform/Descriptor.h"
+#include "platform/LinuxErrors.h"
+
+#include <algorithm>
+#include <arpa/inet.h>
+#include <cerrno>
+#include <ctime>
+#include <netdb.h>
+#include <netinet/in.h>
+#include <netinet/tcp.h>
+#include <optional>
+#include <poll.h>
+#include <sys/ioctl.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+namespace brennik {
+
+namespace {
+
+constexpr int32_t kFailed = -1;
+constexpr int32_t kHostNotFound = 11001; // no system call's number stands for it
+constexpr int64_t kNanosecondsOfSecond = 1000000000;
+constexpr int64_t kNanosecondsOfMillisecond = 1000000;
+
+thread_local int32_t lLastError = socketerror::kNone;
+
+int32_t Fail(int nErrno) {
+    lLastError = SocketErrorOf(nErrno);
+    return kFailed;
+}
+
+int64_t MonotonicNow() {
+    timespec now{};
+    clock_gettime(CLOCK_MONOTONIC, &now);
+    return now.tv_sec * kNanosecondsOfSecond + now.tv_nsec;
+}
+
+timespec TimeOf(int64_t lNanoseconds) {
+    timespec time{};
+    time.tv_sec = lNanoseconds / kNanosecondsOfSecond;
+    time.tv_nsec = lNanoseconds % kNanosecondsOfSecond;
+    return time;
+}
+
+/// Waits for events until the deadline, or without one; an interrupted wait goes on with the rest
+/// of its time. The number of ready descriptors (0 or 1), or -1.
+int PollUntil(pollfd& watched, std::optional<int64_t> lDeadline) {
+    return Resumed([&] {
+        if (!lDeadline) {
+            return ::ppoll(&watched, 1, nullptr, nullptr);
+        }
+        const timespec rest = TimeOf(std::max<int64_t>(*lDeadline - MonotonicNow(), 0));
+        return ::ppoll(&watched, 1, &rest, nullptr);
+    });
+}
+
+void SleepUntil(int64_t lDeadline) {
+    const timespec until = TimeOf(lDeadline);
+    while (clock_nanosleep(CLOCK_MONOTONIC, TIMER_ABSTIME, &until, nullptr) == EINTR) {
+    }
+}
+
+/// The error that a connection has met, as errno; 0 when it stands.
+int ConnectionError(int nSocket) {
+    int nError = 0;
+    socklen_t nLength = sizeof nError;
+    return ::getsockopt(nSocket, SOL_SOCKET, SO_ERROR, &nError, &nLength) == 0 ? nError : errno;
+}
+
+/// A blocking connect that a signal interrupts goes on by itself; its outcome is waited for.
+int32_t FinishConnect(int nSocket) {
+    pollfd watched{nSocket, POLLOUT, 0};
+    if (PollUntil(watched, std::nullopt) < 0) {
+        return Fail(errno);
+    }
+    const int nError = ConnectionError(nSocket);
+    return nError == 0 ? 0 : Fail(nError);
+}
+
+} // namespace
+
+int32_t LinuxSockets::Startup(int32_t) {
+    return 0;
+}
+
+void LinuxSockets::Cleanup() {
+}
+
+int32_t LinuxSockets::LastError() {
+    return lLastError;
+}
+
+int32_t LinuxSockets::Socket() {
+    Descriptor socket(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, IPPROTO_TCP));
+    const int nOn = 1;
+    if (!socket.IsOpen() ||
+        ::setsockopt(socket.Get(), IPPROTO_TCP, TCP_NODELAY, &nOn, sizeof nOn) != 0) {
+        return Fail(errno);
+    }
+    return socket.Release();
+}
+
+int32_t LinuxSockets::Connect(int32_t lSocket, uint32_t lAddress, uint16_t iPort) {
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_addr.s_addr = lAddress;
+    address.sin_port = iPort;
+    if (::connect(lSocket, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0) {
+        return 0;
+    }
+    return errno == EINTR ? FinishConnect(lSocket) : Fail(errno);
+}
+
+int32_t LinuxSockets::SetNonBlocking(int32_t lSocket) {
+    int nOn = 1;
+    return ::ioctl(lSocket, FIONBIO, &nOn) == 0 ? 0 : Fail(errno);
+}
+
+int32_t LinuxSockets::BytesWaiting(int32_t lSocket, int32_t& lBytes) {
+    int nBytes = 0;
+    if (::ioctl(lSocket, FIONREAD, &nBytes) != 0) {
+        return Fail(errno);
+    }
+    lBytes = nBytes;
+    return 0;
+}
+
+int32_t LinuxSockets::SelectWritable(int32_t lSocket, int32_t lSeconds) {
+    pollfd watched{lSocket, POLLOUT, 0};
+    const int nReady = PollUntil(watched, MonotonicNow() + lSeconds * kNanosecondsOfSecond);
+    if (nReady < 0) {
+        return Fail(errno);
+    }
+    if (nReady == 0) {
+        return 0;
+    }
+    // A refused connection is ready for writing too: only its error tells.
+    const int nError = ConnectionError(lSocket);
+    return nError == 0 ? 1 : Fail(nError);
+}
+
+int32_t LinuxSockets::Receive(int32_t lSocket, char* buffer, int32_t lLength) {
+    if (lLength < 0) {
+        return Fail(EINVAL);
+    }
+    const ssize_t nReceived =
+        Resumed([&] { return ::recv(lSocket, buffer, static_cast<size_t>(lLength), 0); });
+    return nReceived < 0 ? Fail(errno) : static_cast<int32_t>(nReceived);
+}
+
+int32_t LinuxSockets::Send(int32_t lSocket, std::string_view strData) {
+    const ssize_t nSent =
+        Resumed([&] { return ::send(lSocket, strData.data(), strData.size(), MSG_NOSIGNAL); });
+    return nSent < 0 ? Fail(errno) : static_cast<int32_t>(nSent);
+}
+
+void LinuxSockets::Shutdown(int32_t lSocket) {
+    static_cast<void>(::shutdown(lSocket, SHUT_RDWR)); // a connection that is gone already
+}
+
+int32_t LinuxSockets::CloseSocket(int32_t lSocket) {
+    return lSocket >= 0 && Descriptor(lSocket).Close() ? 0 : kFailed;
+}
+
+std::vector<std::string> LinuxSockets::GetHostByName(const std::string& strName) {
+    addrinfo hints{};
+    hints.ai_family = AF_INET;
+    hints.ai_socktype = SOCK_STREAM;
+    addrinfo* found = nullptr;
+    std::vector<std::string> addresses;
+    if (strName.empty() || strName.find('\0') != std::string::npos ||
+        ::getaddrinfo(strName.c_str(), nullptr, &hints, &found) != 0) {
+        lLastError = kHostNotFound;
+        return addresses;
+    }
+    for (const addrinfo* at = found; at != nullptr; at = at->ai_next) {
+        const auto* address = reinterpret_cast<const sockaddr_in*>(at->ai_addr);
+        addresses.emplace_back(reinterpret_cast<const char*>(&address->sin_addr.s_addr),
+                               sizeof address->sin_addr.s_addr);
+    }
+    ::freeaddrinfo(found);
+    return addresses;
+}
+
+uint32_t LinuxSockets::InetAddr(const std::string& strAddress) {
+    return strAddress.find('\0') != std::string::npos ? INADDR_NONE
+                                                      : ::inet_addr(strAddress.c_str());
+}
+
+uint16_t LinuxSockets::HostToNetworkPort(uint16_t iPort) {
+    return htons(iPort);
+}
+
+void LinuxSockets::WaitReadable(int32_t lSocket, int32_t lMilliseconds) {
+    if (lMilliseconds <= 0) {
+        return;
+    }
+    const int64_t lDeadline = MonotonicNow() + lMilliseconds * kNanosecondsOfMillisecond;
+    pollfd watched{lSocket, POLLIN | POLLRDHUP, 0};
+    const int nReady = PollUntil(watched, lDeadline);
+    const bool bData = nReady > 0 && watched.revents == POLLIN;
+    if (nReady == 0 || bData) {
+        return;
+    }
+    // A closed or failed connection is ready for ever: only bytes that still wait end the pause.
+    int nBytes = 0;
+    if (::ioctl(lSocket, FIONREAD, &nBytes) == 0 && nBytes > 0) {
+        return;
+    }
+    SleepUntil(lDeadline);
+}
+
+} // namespace brennik

@@ -1,0 +1,32 @@
+#include "platform/Host.h"
+#include "platform/HostFile.h"
+#include "platform/LinuxClock.h"
+#include "platform/LinuxFiles.h"
+#include "platform/LinuxProcesses.h"
+#include "platform/LinuxProfileStrings.h"
+#include "platform/LinuxSockets.h"
+#include "platform/ProgramFolder.h"
+
+namespace brennik {
+
+namespace {
+
+struct LinuxHost {
+    ProgramFolderChoice programFolder = CurrentProgramFolder();
+    HostFile hostFile = HostFile::InFolder(programFolder.strFolder);
+    LinuxClock clock;
+    LinuxSockets sockets;
+    LinuxFiles files{hostFile.Drives(), programFolder.strFolder};
+    LinuxProfileStrings profileStrings{hostFile.Drives()};
+    LinuxProcesses processes{hostFile.Drives(), programFolder};
+    Host host{clock, sockets, files, profileStrings, processes};
+};
+
+} // namespace
+
+Host& RealHost() {
+    static LinuxHost host;
+    return host.host;
+}
+
+} // namespace brennik
