@@ -1,0 +1,76 @@
+// One TCP connection's calls: open, close, send, and reading what is waiting.
+// It stands on the sockets of the current host; tests put the network in memory there. It holds
+// no socket: the caller keeps the handle. A status is 0 for success and 1 for failure.
+//
+// A read that finds nothing looks at the last socket error, which nothing clears: 10050 to 10054
+// is a lost connection, anything else is silence. Both then pause for 10 ms, cut short by arriving
+// bytes, so that a caller that reads again never spins. An orderly close looks like silence.
+#pragma once
+
+#include "link/CommsErrors.h"
+#include "support/Failure.h"
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+namespace brennik {
+
+class TSocket {
+  public:
+    /// Opens a connection to a dotted address; strHostName plays no part. dTimeout is in seconds,
+    /// rounded to whole ones (ties to even), and limits a non-blocking connect only. A blocking
+    /// connect is followed by 50 ms of sleep. A non-blocking connect that succeeds at once counts
+    /// as not made. lSocket is the handle on success and -1 on failure.
+    [[nodiscard]] int32_t OpenSocket(const std::string& strHostName,
+                                     const std::string& strIPAddress, uint16_t iPort,
+                                     double dTimeout, int32_t& lSocket, bool bBlocking,
+                                     bool bStartWinsock);
+
+    /// Shuts down and closes.
+    [[nodiscard]] int32_t CloseSocket(int32_t lSocket);
+
+    /// Waits up to dTimeout seconds for one receive of exactly lBytes bytes; a receive of another
+    /// number is dropped. 0 when they came, -1 when the time ran out, 1 when in addition the
+    /// connection was seen lost, or on a failure.
+    [[nodiscard]] int32_t ReadNumBytesTimed(std::string& strData, double dTimeout, int32_t lBytes,
+                                            int32_t lSocket);
+
+    /// Reads all that is waiting; success with nothing read when nothing is. A query that fails
+    /// without a lost connection is a failure without a text.
+    [[nodiscard]] int32_t Read(std::string& strData, int32_t& lBytesRead, int32_t lSocket);
+
+    /// Reads what is waiting, at most lBytes; the rest stays. Success with nothing read when
+    /// nothing is waiting.
+    [[nodiscard]] int32_t ReadnBytes(std::string& strData, int32_t lBytes, int32_t& lBytesRead,
+                                     int32_t lSocket);
+
+    /// Sends with one call; taking a part of the bytes is success. On failure lErrorCode is the
+    /// result of the call, 0 or -1.
+    [[nodiscard]] int32_t Send(std::string_view strData, int32_t lSocket);
+
+    /// True for four numbers with dots between. No number is tested against 255, and the last may
+    /// have a fraction.
+    bool IsIPAddress(std::string_view strAddress) const;
+
+    /// The first IPv4 address of a host, dotted; empty on failure.
+    [[nodiscard]] int32_t GetIPAddress(const std::string& strHostName, std::string& strIPAddress);
+
+    const std::string& strErrorMessage() const { return error_.strErrorMessage(); }
+    int32_t lErrorCode() const { return error_.lErrorCode(); }
+
+  private:
+    bool ConnectBlocking(int32_t lSocket, uint32_t lAddress, uint16_t iNetworkPort);
+    bool ConnectNonBlocking(int32_t& lSocket, uint32_t lAddress, uint16_t iNetworkPort,
+                            double dTimeout);
+    bool MakeConnection(int32_t& lSocket, const std::string& strIPAddress, uint16_t iPort,
+                        double dTimeout, bool bBlocking);
+    bool ConnectionLost(int32_t lSocket, const CommsError& commsError);
+    int32_t ReadInto(std::string& strData, int32_t lBytes, int32_t lSocket);
+    std::string WsaErrorSuffix(int16_t iWsaError) const;
+    std::string GetWsaErrorText(int16_t iWsaError) const;
+
+    ErrorState error_;
+};
+
+} // namespace brennik
