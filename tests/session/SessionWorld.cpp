@@ -1,0 +1,79 @@
+#include "tests/session/SessionWorld.h"
+
+namespace brennik::session {
+
+SessionTest::SessionTest() : peer(host.network.AddPeer("10.0.0.1", 5000)) {
+    host.files.MakeFolder("/srv");
+    host.files.MakeFolder("/log");
+    config.strWorkingFolder("/srv/pos");
+    config.strLogFilePath("/log");
+    config.strLogFileName("session.log");
+    config.bLoggingEnabled(true);
+    config.strPlatformName("VX520");
+    config.strApplicationID("APP");
+    config.strTerminalId("T1");
+    config.strEpromID("EPROM");
+    config.lBlockSize(1024);
+    config.strPTid("PT1");
+    config.lMemory(4096);
+    config.strConfigTitle("CONFIG");
+    config.strReleaseTitle("RELEASE");
+    config.strServerIPAddress1("10.0.0.1");
+    config.lServerPort1(5000);
+    config.lServerConnectTimeout(5);
+    config.lConnectAttempts(1);
+    config.lReadPacketAttempts(1);
+    config.lSendPacketAttempts(3);
+    config.lCharTimeout(2);
+    config.lReadPacketTimeout(3);
+    Say({});
+}
+
+void SessionTest::Say(std::vector<std::string> payloads) {
+    payloads_ = std::move(payloads);
+    peer.OnConnect = [this] { peer.Push(kEnq); };
+    peer.OnBytes = [this, nNext = size_t{0}](std::string_view strBytes) mutable {
+        // The request is answered with ACK and the first payload, each later ACK with the next.
+        if (strBytes != kAck)
+            peer.Push(kAck);
+        if (nNext < payloads_.size()) {
+            if (onPayload)
+                onPayload(nNext);
+            peer.Push(Frame(payloads_[nNext++]));
+        }
+    };
+}
+
+int32_t SessionTest::Run() {
+    engine = std::make_unique<TBrennikProtocol>();
+    const int32_t lResult = engine->DoBrennikProtocol(config, "C:\\config", 7);
+    host.RunFor(world::kMillisecond); // what is still under way reaches the peer
+    return lResult;
+}
+
+std::vector<std::string> SessionTest::Log() const {
+    std::vector<std::string> lines;
+    for (const std::string& strLine : host.files.Lines("/log/session.log")) {
+        const size_t nTag = strLine.find("] ");
+        lines.push_back(nTag == std::string::npos ? strLine : strLine.substr(nTag + 2));
+    }
+    return lines;
+}
+
+std::vector<std::string> SessionTest::Errors() const {
+    std::vector<std::string> errors;
+    for (const std::string& strLine : Log()) {
+        if (strLine.rfind("ERROR  : ", 0) == 0)
+            errors.push_back(strLine.substr(9));
+    }
+    return errors;
+}
+
+void SessionTest::ExpectFailure(int32_t lCode, const std::string& strText) {
+    EXPECT_EQ(engine->lErrorCode(), lCode);
+    EXPECT_EQ(engine->strErrorMessage(), strText);
+    EXPECT_EQ(Errors(), std::vector<std::string>{"Error Code=" + std::to_string(lCode) +
+                                                 ", Error Message=" + strText});
+}
+
+} // namespace brennik::session

@@ -1,0 +1,73 @@
+// A client session in the simulated host: a profile, a far end played from a list of payloads, the
+// engine, and what it left behind.
+#pragma once
+
+#include "config/TBrennikClientConfig.h"
+#include "session/TBrennikProtocol.h"
+#include "tests/session/Packets.h"
+#include "tests/world/SimHost.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace brennik {
+
+/// The tests' one way into the engine.
+class TBrennikProtocolTestAccess {
+  public:
+    explicit TBrennikProtocolTestAccess(TBrennikProtocol& oProtocol) : oProtocol_(oProtocol) {}
+
+    static void LoadConnectionInfo(const TBrennikClientConfig& oConfig, TConnectionInfo& oConnInfo,
+                                   bool bServer) {
+        TBrennikProtocol::LoadConnectionInfo(oConfig, oConnInfo, bServer);
+    }
+    void BeginTmsAppDownload(std::unique_ptr<DownloadProgress> progress) {
+        oProtocol_.oTmsAppDownload_ = std::move(progress);
+        oProtocol_.bTmsAppDownloadActive_ = true;
+    }
+    void EndTmsAppDownload() { oProtocol_.bTmsAppDownloadActive_ = false; }
+
+  private:
+    TBrennikProtocol& oProtocol_;
+};
+
+namespace session {
+
+class SessionTest : public world::WorldTest {
+  protected:
+    SessionTest();
+
+    /// What the far end sends behind its ACK of the request, each payload when the one before it
+    /// was acknowledged. Bytes of a kind of their own go with SayRaw.
+    void Say(std::vector<std::string> payloads);
+
+    /// Runs the profile with a new engine: the result of DoBrennikProtocol.
+    int32_t Run();
+
+    /// The lines of the session log from the tag on, without date, time and process.
+    std::vector<std::string> Log() const;
+    /// Those of them that tell an error.
+    std::vector<std::string> Errors() const;
+    std::string File(const std::string& strPath) const { return host.files.Get(strPath).value(); }
+    bool Exists(const std::string& strPath) const { return host.files.Exists(strPath); }
+
+    /// A run that failed with that code and text, logged as its one error.
+    void ExpectFailure(int32_t lCode, const std::string& strText);
+
+    TBrennikClientConfig config;
+    std::unique_ptr<TBrennikProtocol> engine;
+    world::ScriptedPeer& peer;
+    /// Called with the index of each payload before it goes out.
+    std::function<void(size_t)> onPayload;
+
+  private:
+    std::vector<std::string> payloads_;
+};
+
+} // namespace session
+} // namespace brennik
