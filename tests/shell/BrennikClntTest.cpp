@@ -1,0 +1,116 @@
+#include "shell/BrennikClnt.h"
+
+#include "tests/shell/ShellWorld.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+namespace brennik {
+namespace {
+
+class BrennikClnt : public shell::ShellTest {
+  protected:
+    struct Output {
+        std::string strOut;
+        std::string strErr;
+    };
+    static Output RunMain(const std::string& strCommandLine) {
+        testing::internal::CaptureStdout();
+        testing::internal::CaptureStderr();
+        Main(strCommandLine);
+        return {testing::internal::GetCapturedStdout(), testing::internal::GetCapturedStderr()};
+    }
+};
+
+const std::string kUsageLines =
+    "Usage: brennikclient.exe\n"
+    "\n"
+    "[-configfiledir          <locate of brennikclient configuration file>]\n"
+    "[-profileid            <id of brennik profile to run>]\n"
+    "[-comport              <com port to which serail device is connectedf to>]\n"
+    "[-flmerchantid         <fernlatch merchant id (used to create brennikclient terminald>]\n"
+    "[-flclientid           <fernlatch client id (used to create brennikclient terminalid>]\n"
+    "[-application          <brennikclient application name to use>]\n"
+    "[-terminalid           <brennikclient terminal id to use>]\n";
+
+TEST_F(BrennikClnt, CreatesConfigurationAndEngineFirst) {
+    EXPECT_EQ(lProfileId, -1);
+    RunMain("-nothing");
+    EXPECT_NE(oConfig, nullptr);
+    EXPECT_NE(oProtocol, nullptr);
+    EXPECT_EQ(lProfileId, -1);
+}
+
+TEST_F(BrennikClnt, TellsInOneLineThatThisBuildHasNoWindows) {
+    const Output output = RunMain("");
+    EXPECT_EQ(output.strOut, "");
+    EXPECT_EQ(output.strErr, "brennikclient: this build has no windows; run a profile with "
+                             "-configfiledir and -profileid\n");
+    EXPECT_FALSE(Ran());
+}
+
+TEST_F(BrennikClnt, HasTheUsageTextWithCarriageReturns) {
+    std::string strExpected;
+    for (char c : kUsageLines)
+        strExpected += c == '\n' ? std::string("\r\n") : std::string(1, c);
+    EXPECT_EQ(UsageText() + "\r\n", strExpected);
+}
+
+TEST_F(BrennikClnt, ShowsTheUsageForHelpWhateverElseIsGivenAndRunsNothing) {
+    for (const char* line : {"-help", "-configfiledir /config -profileid 1 -help",
+                             "-help -configfiledir /config -profileid 1"}) {
+        const Output output = RunMain(line);
+        EXPECT_EQ(output.strOut, kUsageLines) << line;
+        EXPECT_EQ(output.strErr, "") << line;
+    }
+    EXPECT_FALSE(Ran());
+}
+
+TEST_F(BrennikClnt, RunsAProfileWithoutAnyOutput) {
+    const Output output = RunMain("-configfiledir /config -profileid 1");
+    EXPECT_EQ(output.strOut + output.strErr, "");
+    EXPECT_TRUE(Ran());
+    EXPECT_EQ(Log().front(), "INFO   : Brennik Client v1.3.2");
+    EXPECT_EQ(Log()[1], "INFO   : Brennik Profile=1");
+}
+
+TEST_F(BrennikClnt, TakesTheOptionsInAnyOrder) {
+    RunMain("-profileid 1 -configfiledir /config");
+    EXPECT_TRUE(Ran());
+}
+
+TEST_F(BrennikClnt, EndsSilentlyWithoutARequiredOptionOrWithABadProfile) {
+    for (const char* line :
+         {"-configfiledir /config", "-profileid 1", "something else", "-configfiledir",
+          "-configfiledir /config -profileid 0", "-configfiledir /config -profileid abc",
+          "-configfiledir /config -profileid -1", "-configfiledir /config -profileid \"-1\"",
+          "-configfiledir /config -profileid 99999999999", "-configfiledir /config -profileid",
+          "-ConfigFileDir /config -profileid 1", "-configfiledir \"/config -profileid 1"}) {
+        const Output output = RunMain(line);
+        EXPECT_EQ(output.strOut + output.strErr, "") << line;
+        EXPECT_FALSE(Ran()) << line;
+        EXPECT_FALSE(host.files.Exists("/log/session.log")) << line;
+    }
+}
+
+TEST_F(BrennikClnt, TakesAFolderOfSeveralWordsInQuotes) {
+    host.files.Put("/two words/BrennikClient.ini", Ini());
+    RunMain("-configfiledir \"/two words\" -profileid 1");
+    EXPECT_TRUE(Ran());
+}
+
+TEST_F(BrennikClnt, EndsWithoutAWordOnARunTimeFailure) {
+    host.OnPump([] { throw RuntimeFailure(FailureKind::Internal); });
+    const Output output = RunMain("-configfiledir \"/config\" -profileid \"1\"");
+    EXPECT_EQ(output.strOut + output.strErr, "");
+    EXPECT_FALSE(Ran());
+}
+
+TEST_F(BrennikClnt, OffersTheNumberHelpersOfTheWire) {
+    EXPECT_EQ(HexStringToLong("0aBc"), 2748);
+    EXPECT_EQ(BinaryStringToLong(std::string("\x01\x02", 2)), 258);
+}
+
+} // namespace
+} // namespace brennik

@@ -1,0 +1,111 @@
+#include "tests/shell/ShellWorld.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+namespace brennik {
+namespace {
+
+class ClientLogLookup : public shell::ShellTest {
+  protected:
+    std::string Lookup(const std::string& strFolder = "/fl") {
+        std::string strTerminalId = "left over";
+        GetTerminalIdFromClientLog(strFolder, strTerminalId);
+        return strTerminalId;
+    }
+    /// A log file of one line, modified so many seconds after some moment.
+    void PutLog(const std::string& strName, const std::string& strLine, int64_t lModified) {
+        host.files.Put("/fl/" + strName, strLine + "\r\n");
+        host.files.SetTimes("/fl/" + strName, {0, 0, 1700000000 + lModified});
+    }
+    static std::string Login(const std::string& strIdentity) {
+        return "14 Nov 2026: 10:00:00 : INFO   : " + strIdentity + " logged in, Mode=1";
+    }
+};
+
+TEST_F(ClientLogLookup, FindsMerchantAndClientOfALogin) {
+    PutLog("flclient.log", Login("M7,C8"), 0);
+    EXPECT_EQ(Lookup(), "M7-C8");
+    EXPECT_EQ(Lookup("/fl\\"), "M7-C8");
+    EXPECT_EQ(Lookup("C:\\fl"), "M7-C8");
+}
+
+TEST_F(ClientLogLookup, ReplacesEveryCommaAndTrims) {
+    PutLog("flclient.log", Login("  1,2,3  "), 0);
+    EXPECT_EQ(Lookup(), "1-2-3");
+}
+
+TEST_F(ClientLogLookup, KeepsAnIdWithoutAComma) {
+    PutLog("flclient.log", Login("ALONE"), 0);
+    EXPECT_EQ(Lookup(), "ALONE");
+}
+
+TEST_F(ClientLogLookup, TakesTheFirstLoginOfALog) {
+    PutLog("flclient.log", Login("first,1") + "\r\n" + Login("second,2"), 0);
+    EXPECT_EQ(Lookup(), "first-1");
+}
+
+TEST_F(ClientLogLookup, SkipsLinesWithoutBothMarks) {
+    PutLog("flclient.log",
+           "WARN   : M1,C1 logged in, Mode=1\r\n"
+           "x INFO  : M1,C1 logged in, Mode=1\r\n"
+           "x INFO   : M1,C1 logged out\r\n" +
+               Login("M7,C8"),
+           0);
+    EXPECT_EQ(Lookup(), "M7-C8");
+}
+
+TEST_F(ClientLogLookup, EndsWithoutAnIdWhereTheMarksStandTheOtherWayRound) {
+    PutLog("flclient.log", "a logged in, Mode=1 INFO   : x\r\n" + Login("M7,C8"), 0);
+    EXPECT_EQ(Lookup(), "");
+    EXPECT_EQ(host.files.nOpenStreams(), 0);
+}
+
+TEST_F(ClientLogLookup, ReadsOnlyTheNewestLog) {
+    PutLog("aflclient1.log", Login("old,1"), 10);
+    PutLog("bflclient2.log", "nothing", 20);
+    EXPECT_EQ(Lookup(), "");
+    PutLog("cflclient3.log", Login("new,3"), 30);
+    EXPECT_EQ(Lookup(), "new-3");
+    PutLog("dflclient4.log", Login("older,4"), 5);
+    EXPECT_EQ(Lookup(), "new-3");
+}
+
+TEST_F(ClientLogLookup, TakesTheFirstOfLogsWithOneTime) {
+    PutLog("a-flclient.log", Login("a,1"), 10);
+    PutLog("b-flclient.log", Login("b,2"), 10);
+    EXPECT_EQ(Lookup(), "a-1");
+    PutLog("c-flclient.log", Login("c,3"), 11);
+    EXPECT_EQ(Lookup(), "c-3");
+}
+
+TEST_F(ClientLogLookup, FindsLogsByTheirNameInAnyCase) {
+    PutLog("other.log", Login("x,1"), 50);
+    PutLog("MyFLClient-7.txt", Login("M7,C8"), 10);
+    EXPECT_EQ(Lookup(), "M7-C8");
+}
+
+TEST_F(ClientLogLookup, GivesNothingForAFolderWithoutLogs) {
+    EXPECT_EQ(Lookup(), "");
+    host.files.MakeFolder("/fl");
+    EXPECT_EQ(Lookup(), "");
+    PutLog("other.log", Login("x,1"), 0);
+    EXPECT_EQ(Lookup(), "");
+    EXPECT_EQ(Lookup(""), "");
+}
+
+TEST_F(ClientLogLookup, GivesNothingForALogThatCannotBeOpened) {
+    PutLog("flclient.log", Login("M7,C8"), 0);
+    host.files.Deny("/fl/flclient.log");
+    EXPECT_EQ(Lookup(), "");
+}
+
+TEST_F(ClientLogLookup, ReadsLogsWithPlainLineEnds) {
+    host.files.Put("/fl/flclient.log", "one\n" + Login("M7,C8") + "\nthree");
+    EXPECT_EQ(Lookup(), "M7-C8");
+}
+
+} // namespace
+} // namespace brennik
