@@ -11,7 +11,6 @@ namespace brennik {
 namespace {
 
 using sim::BlockCheck;
-using sim::BlockCheckByTables;
 
 // The rule itself, bit by bit.
 uint16_t BitByBit(std::string_view strBytes) {
@@ -29,7 +28,6 @@ uint16_t BitByBit(std::string_view strBytes) {
 
 TEST(BlockCheck, GivesTheCataloguedValue) {
     EXPECT_EQ(BlockCheck("123456789"), 0xFEE8);
-    EXPECT_EQ(BlockCheckByTables("123456789"), 0xFEE8);
 }
 
 TEST(BlockCheck, IsZeroForNothingAndForZeros) {
@@ -46,7 +44,6 @@ TEST(BlockCheck, AgreesWithTheBitwiseRuleAtEveryLength) {
     std::string strBytes;
     for (int length = 0; length < 400; ++length) {
         ASSERT_EQ(BlockCheck(strBytes), BitByBit(strBytes)) << length << " bytes";
-        ASSERT_EQ(BlockCheckByTables(strBytes), BitByBit(strBytes)) << length << " bytes";
         strBytes.push_back(static_cast<char>(random()));
     }
 }
@@ -58,13 +55,6 @@ TEST(BlockCheck, AgreesWithTheBitwiseRuleOnTheLongestFrame) {
         strBytes.push_back(static_cast<char>(random()));
     }
     EXPECT_EQ(BlockCheck(strBytes), BitByBit(strBytes));
-    EXPECT_EQ(BlockCheckByTables(strBytes), BitByBit(strBytes));
-}
-
-TEST(BlockCheck, ByTablesGoesOnFromWhatStandsBefore) {
-    const std::string strBytes(100, 'q');
-    const uint16_t nHead = BlockCheckByTables(strBytes.substr(0, 37));
-    EXPECT_EQ(BlockCheckByTables(strBytes.substr(37), nHead), BitByBit(strBytes));
 }
 
 } // namespace

@@ -113,6 +113,13 @@ TEST(ServicePackets, CutsLargeFilesCorrectlyAtEveryBlockSize) {
     }
 }
 
+TEST(ServicePackets, KeepsNothingOfTheFileBefore) {
+    ServedTree tree;
+    tree.AddFile("", "", "first", "aaaaaa");
+    tree.AddFile("", "", "second", "bbbb");
+    EXPECT_EQ(Joined(Payloads(tree, 4)), "aaaaaabbbb");
+}
+
 TEST(ServicePackets, ReadsAheadInPiecesThatDoNotGrowWithTheFile) {
     size_t nLargest = 0;
     ServedTree tree;
