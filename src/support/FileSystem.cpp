@@ -28,15 +28,17 @@ Files& HostFiles() {
     return CurrentHost().files;
 }
 
-// An empty path is none; a separator would make the root of it.
+// An empty path is no folder; a separator alone would make the root of it.
 std::string WithSeparator(const std::string& strFolder) {
-    return strFolder.empty() || strFolder.ends_with(kSeparator) ? strFolder
-                                                                : strFolder + kSeparator;
+    if (strFolder.empty()) {
+        throw RuntimeFailure(FailureKind::PathNotFound);
+    }
+    return strFolder.ends_with(kSeparator) ? strFolder : strFolder + kSeparator;
 }
 
 std::vector<FoundFile> Entries(const std::string& strFolder, const std::string& strPattern) {
     if (strFolder.empty()) {
-        return {};
+        return {}; // as any other folder that isn't there
     }
     return HostFiles().Find(WithSeparator(strFolder) +
                             (strPattern.empty() ? kEveryName : strPattern));

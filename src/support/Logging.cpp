@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstring>
 #include <utility>
 
 namespace brennik {
@@ -25,9 +26,11 @@ constexpr std::array<std::string_view, 32> kNames = {
     "",    "",    "CR",  "",    "",    "DLE", "",    "",    "",   "",  "NAK",
     "SYN", "",    "",    "",    "",    "",    "FS",  "",    "RS", "US"};
 
-// What stands in the log for one byte; "<ASCII 127>" is the longest.
+constexpr size_t kShownWidth = std::string_view("<ASCII 127>").size(); // there is no longer one
+
+// What stands in the log for one byte.
 struct ShownByte {
-    std::array<char, 11> text{};
+    std::array<char, kShownWidth> text{};
     uint8_t nLength = 0;
 
     constexpr void Append(char c) { text[nLength++] = c; }
@@ -82,15 +85,17 @@ size_t ShownLength(std::string_view strMsg) {
     return nLength;
 }
 
+// Every byte is copied at full width and the next one put over what was too much: a copy of fixed
+// size is far cheaper than one of the right length.
 void AppendShown(std::string& strLine, std::string_view strMsg) {
+    size_t nEnd = strLine.size();
+    strLine.resize(nEnd + ShownLength(strMsg) + kShownWidth);
     for (const char c : strMsg) {
         const ShownByte& shown = ShownFor(c);
-        if (shown.nLength == 1) {
-            strLine += c;
-        } else {
-            strLine.append(shown.text.data(), shown.nLength);
-        }
+        std::memcpy(strLine.data() + nEnd, shown.text.data(), kShownWidth);
+        nEnd += shown.nLength;
     }
+    strLine.resize(nEnd);
 }
 
 void AppendTwoDigits(std::string& strText, int32_t lValue) {
@@ -138,7 +143,7 @@ void Logging::LogJoined(std::initializer_list<std::string_view> strParts) {
     }
     Quietly([&] {
         const std::string strFile = FileFor(strLogFile_);
-        size_t nLength = kStampLength + kLineEnd.size();
+        size_t nLength = kStampLength + kLineEnd.size() + kShownWidth;
         for (const std::string_view strPart : strParts) {
             nLength += ShownLength(strPart);
         }
@@ -168,7 +173,6 @@ void Logging::Logit2(std::string_view strMsg) {
 
 std::string Logging::ProcessLogMsg(std::string_view strMsg) {
     std::string strResult;
-    strResult.reserve(ShownLength(strMsg));
     AppendShown(strResult, strMsg);
     return strResult;
 }

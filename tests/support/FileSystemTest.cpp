@@ -233,6 +233,14 @@ TEST_F(FileSystemTest, CopySubFoldersOfNothingGivesTwo) {
     EXPECT_EQ(files.strErrorMessage(), "");
 }
 
+TEST_F(FileSystemTest, CopySubFoldersIntoAnEmptyPathFails) {
+    host.files.Put("C:\\from\\one\\a.txt", "a");
+    const auto tree = host.files.Tree();
+    EXPECT_EQ(files.CopySubFolders("C:\\from", "", true), 1);
+    EXPECT_EQ(files.strErrorMessage(), "Error in FileSystem::CopySubFolders - Path not found");
+    EXPECT_EQ(host.files.Tree(), tree);
+}
+
 TEST_F(FileSystemTest, CopySubFoldersEndsAtTheFirstFailure) {
     host.files.Put("C:\\from\\one\\a.txt", "a");
     host.files.Put("C:\\from\\two\\b.txt", "b");
