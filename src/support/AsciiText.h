@@ -62,35 +62,55 @@ constexpr Number Narrow(From value) {
     return static_cast<Number>(value);
 }
 
-/// The number that a whole text stands for: blanks around it, one sign, digits, and for a floating
-/// point type a fraction ("1.5", "1.", ".5"; no exponent). Throws TypeMismatch for any other text,
-/// Overflow for a number that doesn't fit. OstrandString gives 0 instead.
+/// What a text is to a number type.
+enum class NumberText { Fits, TooLarge, NoNumber };
+
+/// Reads the number that a whole text stands for: blanks around it, one sign, digits, and for a
+/// floating point type a fraction ("1.5", "1.", ".5"; no exponent). Never throws: settings are
+/// full of empty texts, and an exception for each would cost more than all the reading.
 template <class Number>
-Number ParseNumber(std::string_view strText) {
+NumberText TryParseNumber(std::string_view strText, Number& value) noexcept {
     std::string_view strDigits = TrimmedView(strText);
     if (strDigits.starts_with('+')) {
         strDigits.remove_prefix(1);
         if (strDigits.starts_with('-')) {
-            throw RuntimeFailure(FailureKind::TypeMismatch);
+            return NumberText::NoNumber;
         }
     }
-    Number value{};
+    Number parsedValue{};
     const char* end = strDigits.data() + strDigits.size();
     std::from_chars_result parsed{};
     if constexpr (std::is_floating_point_v<Number>) {
         // Names of no number ("inf") and exponents are none of the forms.
         if (strDigits.find_first_not_of("-.0123456789") != std::string_view::npos) {
-            throw RuntimeFailure(FailureKind::TypeMismatch);
+            return NumberText::NoNumber;
         }
-        parsed = std::from_chars(strDigits.data(), end, value, std::chars_format::fixed);
+        parsed = std::from_chars(strDigits.data(), end, parsedValue, std::chars_format::fixed);
     } else {
-        parsed = std::from_chars(strDigits.data(), end, value);
+        parsed = std::from_chars(strDigits.data(), end, parsedValue);
     }
     if (parsed.ec == std::errc::invalid_argument || parsed.ptr != end) {
-        throw RuntimeFailure(FailureKind::TypeMismatch);
+        return NumberText::NoNumber;
     }
     if (parsed.ec != std::errc{}) {
+        return NumberText::TooLarge;
+    }
+    value = parsedValue;
+    return NumberText::Fits;
+}
+
+/// The same as a result. Throws TypeMismatch for a text that is no number, Overflow for a number
+/// that doesn't fit. OstrandString gives 0 instead.
+template <class Number>
+Number ParseNumber(std::string_view strText) {
+    Number value{};
+    switch (TryParseNumber(strText, value)) {
+    case NumberText::NoNumber:
+        throw RuntimeFailure(FailureKind::TypeMismatch);
+    case NumberText::TooLarge:
         throw RuntimeFailure(FailureKind::Overflow);
+    case NumberText::Fits:
+        break;
     }
     return value;
 }

@@ -1,7 +1,6 @@
 #include "support/OstrandString.h"
 
 #include "support/AsciiText.h"
-#include "support/Failure.h"
 
 namespace brennik {
 
@@ -9,8 +8,8 @@ namespace {
 
 template <class Number>
 Number NumberOrZero(std::string_view strText) {
-    return Guarded([&] { return ParseNumber<Number>(strText); },
-                   [](const std::string&) { return Number{}; });
+    Number value{};
+    return TryParseNumber(strText, value) == NumberText::Fits ? value : Number{};
 }
 
 } // namespace

@@ -1,0 +1,95 @@
+#include "bench/Processes.h"
+
+#include <cerrno>
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <ctime>
+#include <fcntl.h>
+#include <sys/mman.h>
+#include <sys/prctl.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace brennik::bench {
+
+namespace {
+
+constexpr int kChildFailed = 1;
+
+pid_t Fork() {
+    std::fflush(nullptr); // or each child would print it again
+    const pid_t child = ::fork();
+    if (child < 0)
+        Fail(std::string("fork: ") + std::strerror(errno));
+    if (child == 0) {
+        ::prctl(PR_SET_PDEATHSIG, SIGKILL);
+        ::alarm(kLongestChildSeconds);
+    }
+    return child;
+}
+
+} // namespace
+
+int64_t Now() {
+    timespec now{};
+    ::clock_gettime(CLOCK_MONOTONIC, &now);
+    return int64_t{now.tv_sec} * 1000000000 + now.tv_nsec;
+}
+
+void* SharedMemory(size_t nBytes) {
+    void* memory =
+        ::mmap(nullptr, nBytes, PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
+    if (memory == MAP_FAILED)
+        Fail(std::string("mmap: ") + std::strerror(errno));
+    return memory;
+}
+
+pid_t StartChild(const std::function<int()>& body) {
+    const pid_t child = Fork();
+    if (child == 0)
+        ::_exit(body());
+    return child;
+}
+
+pid_t StartProgram(const std::vector<std::string>& arguments, int64_t* lExecAt, int nOutput) {
+    std::vector<char*> argv;
+    argv.reserve(arguments.size() + 1);
+    for (const std::string& strArgument : arguments)
+        argv.push_back(const_cast<char*>(strArgument.c_str()));
+    argv.push_back(nullptr);
+    const pid_t child = Fork();
+    if (child != 0)
+        return child;
+    const int nOut = nOutput >= 0 ? nOutput : ::open("/dev/null", O_WRONLY);
+    ::dup2(nOut, STDOUT_FILENO);
+    if (lExecAt != nullptr)
+        *lExecAt = Now();
+    ::execv(argv[0], argv.data());
+    std::fprintf(stderr, "%s: %s\n", argv[0], std::strerror(errno));
+    ::_exit(kChildFailed);
+}
+
+ChildEnd WaitFor(pid_t child) {
+    int nStatus = 0;
+    rusage usage{};
+    while (::wait4(child, &nStatus, 0, &usage) < 0) {
+        if (errno != EINTR)
+            Fail(std::string("wait4: ") + std::strerror(errno));
+    }
+    return {WIFEXITED(nStatus) && WEXITSTATUS(nStatus) == 0, usage.ru_maxrss, Now()};
+}
+
+void StopChild(pid_t child) {
+    ::kill(child, SIGTERM);
+    static_cast<void>(WaitFor(child)); // how it ends is its own business
+}
+
+void Fail(const std::string& strMessage) {
+    std::fprintf(stderr, "%s\n", strMessage.c_str());
+    std::exit(kChildFailed);
+}
+
+} // namespace brennik::bench

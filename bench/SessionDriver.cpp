@@ -1,0 +1,161 @@
+// Measures client sessions over the loopback for several sizes of blocks, with logging off and
+// with every packet logged, beside the two ping-pongs that set the limit. Then the same session
+// with brenniksim as the service, beside the one with the frame sender, both by the client's whole
+// time, to show whether the service holds it up.
+
+#include "bench/MeasuredRun.h"
+#include "bench/Options.h"
+#include "bench/Processes.h"
+#include "bench/Workplace.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <unistd.h>
+
+namespace brennik::bench {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr std::array<size_t, 5> kBlockSizes = {256, 1024, 4096, 16384, 60000};
+constexpr int64_t kMostBytesOfRun = int64_t{96} << 20;
+
+/// A log of all packets is seven times the size of the data, and takes its time.
+constexpr int64_t kMostBytesOfLoggedRun = int64_t{16} << 20;
+constexpr int64_t kFewestFrames = 200;
+
+/// The program brenniksim serving one folder.
+class Service {
+  public:
+    Service(const Options& options, const std::string& strServed, size_t nBlock) {
+        int ends[2];
+        if (::pipe(ends) != 0)
+            Fail("pipe");
+        process_ =
+            StartProgram({options.strPrograms + "/brenniksim", "service", "--listen", "127.0.0.1:0",
+                          "--serve", strServed, "--block", std::to_string(nBlock), "--quiet"},
+                         nullptr, ends[1]);
+        ::close(ends[1]);
+        FILE* output = ::fdopen(ends[0], "r");
+        char line[256] = "";
+        unsigned lPort = 0;
+        if (std::fgets(line, sizeof line, output) == nullptr ||
+            std::sscanf(line, "listening on 127.0.0.1:%u", &lPort) != 1)
+            Fail("brenniksim did not start");
+        std::fclose(output);
+        iPort_ = static_cast<uint16_t>(lPort);
+    }
+    ~Service() { StopChild(process_); }
+    Service(const Service&) = delete;
+    Service& operator=(const Service&) = delete;
+
+    uint16_t Port() const { return iPort_; }
+
+  private:
+    pid_t process_ = -1;
+    uint16_t iPort_ = 0;
+};
+
+class SessionDriver {
+  public:
+    explicit SessionDriver(const Options& options)
+        : options_(options), workplace_(options.strParent), run_(options, workplace_) {}
+
+    void Measure() {
+        for (const size_t nBlock : kBlockSizes) {
+            const Job job = JobFor(nBlock);
+            for (int lRound = 0; lRound < options_.lRounds; ++lRound)
+                MeasurePair(job, lRound);
+            MeasureService(job);
+        }
+    }
+
+  private:
+    // As many frames as the bare ping-pong makes in the time that a run is to take.
+    Job JobFor(size_t nBlock) {
+        const double dSeconds = options_.bQuick ? 0.02 : 0.15;
+        Job job{1, 400, nBlock};
+        const RunResult trial = run_.PingPong(Receiver::Bare, job);
+        const double dFrames = dSeconds * 1e9 * static_cast<double>(job.DataFrames()) /
+                               static_cast<double>(trial.lNanoseconds);
+        const int64_t lMost = MostBlocks(kMostBytesOfRun, nBlock);
+        job.lBlocksOfFile =
+            std::clamp<int64_t>(static_cast<int64_t>(dFrames), kFewestFrames, lMost);
+        return job;
+    }
+
+    static int64_t MostBlocks(int64_t lBytes, size_t nBlock) {
+        return lBytes / static_cast<int64_t>(nBlock);
+    }
+
+    // The order changes from round to round, so that no side always has the better place.
+    void MeasurePair(const Job& job, int lRound) {
+        Job logged = job;
+        logged.lBlocksOfFile =
+            std::min(job.lBlocksOfFile, MostBlocks(kMostBytesOfLoggedRun, job.nBlock));
+        const std::array<std::function<void()>, 4> sides = {
+            [&] { Tell(job, "bare", lRound, run_.PingPong(Receiver::Bare, job)); },
+            [&] { Tell(job, "checked", lRound, run_.PingPong(Receiver::Checked, job)); },
+            [&] { Tell(job, "log-off", lRound, ClientRun(job, false, lRound == 0)); },
+            [&] { Tell(logged, "log-all", lRound, ClientRun(logged, true, false)); }};
+        for (size_t nSide = 0; nSide < sides.size(); ++nSide)
+            sides[(nSide + static_cast<size_t>(lRound)) % sides.size()]();
+    }
+
+    RunResult ClientRun(const Job& job, bool bLogAll, bool bContent) {
+        workplace_.WriteProfiles(workplace_.Profile(run_.Port(), job.nBlock, bLogAll), 1);
+        return run_.Client(job, 1, bContent);
+    }
+
+    void Tell(const Job& job, const char* strVariant, int lRound, const RunResult& result) {
+        Print({"session", job.nBlock, strVariant, lRound, job.DataFrames(), result.lNanoseconds,
+               result.lPeakKiB, result.lLogBytes});
+    }
+
+    void MeasureService(const Job& job) {
+        const std::string strServed = workplace_.Folder() + "/served";
+        fs::create_directory(strServed);
+        WriteServedFile(strServed + "/" + FileNameOf(0), job);
+        {
+            const Service service(options_, strServed, job.nBlock);
+            for (int lRound = 0; lRound < options_.lRounds; ++lRound) {
+                RunResult sent = ClientRun(job, false, false);
+                sent.lNanoseconds = sent.lStartToEnd;
+                Tell(job, "whole-sender", lRound, sent);
+                Tell(job, "whole-service", lRound, ServiceRun(job, service));
+            }
+        }
+        fs::remove_all(strServed);
+    }
+
+    RunResult ServiceRun(const Job& job, const Service& service) {
+        workplace_.WriteProfiles(workplace_.Profile(service.Port(), job.nBlock, false), 1);
+        return run_.ClientAlone(job, 1);
+    }
+
+    static void WriteServedFile(const std::string& strPath, const Job& job) {
+        const auto blocks = DataBlocks(job.nBlock);
+        std::ofstream file(strPath, std::ios::binary);
+        for (int64_t lBlock = 0; lBlock < job.lBlocksOfFile; ++lBlock)
+            file << blocks[static_cast<size_t>(lBlock) % blocks.size()];
+    }
+
+    const Options& options_;
+    Workplace workplace_;
+    MeasuredRun run_;
+};
+
+} // namespace
+
+} // namespace brennik::bench
+
+int main(int argc, char** argv) {
+    const auto options = brennik::bench::Options::Read(argc, argv);
+    brennik::bench::SessionDriver(options).Measure();
+    return 0;
+}
