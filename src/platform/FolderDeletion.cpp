@@ -161,16 +161,12 @@ std::set<Identity> IdentitiesOf(const std::vector<std::string>& folders) {
     return identities;
 }
 
-/// Each folder as it is named, and as it stands without links.
-std::vector<std::string> WithCanonicalForms(const std::vector<std::string>& folders) {
-    std::vector<std::string> all;
-    for (const std::string& strFolder : folders) {
-        all.push_back(WithoutTail(strFolder));
-        if (const auto strCanonical = CanonicalPath(strFolder)) {
-            all.push_back(*strCanonical);
-        }
+/// Each folder as it is named; links on the way to it are seen through by its identity.
+std::vector<std::string> WithoutTails(std::vector<std::string> folders) {
+    for (std::string& strFolder : folders) {
+        strFolder = WithoutTail(std::move(strFolder));
     }
-    return all;
+    return folders;
 }
 
 } // namespace
@@ -223,7 +219,7 @@ void DeleteFolderTree(const std::string& strPath,
     }
     const auto mountPoints = MountPoints();
     const std::vector<std::string> none;
-    if (!MayDeleteByName(*strCanonical, WithCanonicalForms(protectedFolders),
+    if (!MayDeleteByName(*strCanonical, WithoutTails(protectedFolders),
                          mountPoints ? *mountPoints : none)) {
         Refuse();
     }

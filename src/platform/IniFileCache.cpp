@@ -23,7 +23,7 @@ int64_t NanosecondsOf(const timespec& time) {
 } // namespace
 
 const IniIndex* IniFileCache::Read(const std::string& strPath) {
-    if (index_ && bSettled_ && strPath_ == strPath && IdentityOf(strPath, -1) == identity_) {
+    if (index_ && bSettled_ && IdentityOf(strPath, -1) == identity_) {
         return index_.get();
     }
     Load(strPath);
@@ -57,7 +57,6 @@ void IniFileCache::Load(const std::string& strPath) {
     if (!index_ || index_->Content() != *strContent) {
         index_ = std::make_unique<IniIndex>(std::move(*strContent));
     }
-    strPath_ = strPath;
     identity_ = *identity;
     bSettled_ =
         NanosecondsOf(now) - std::max(identity_.lModified, identity_.lChanged) > kSettlingTime;

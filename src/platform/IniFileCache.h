@@ -36,7 +36,6 @@ class IniFileCache {
     static std::optional<Identity> IdentityOf(const std::string& strPath, int nDescriptor);
     void Load(const std::string& strPath);
 
-    std::string strPath_;
     Identity identity_;
     bool bSettled_ = false; ///< a further change is sure to show in the identity
     std::unique_ptr<IniIndex> index_;

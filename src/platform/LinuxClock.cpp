@@ -16,9 +16,9 @@ constexpr int64_t kSecondsOfDay = 86400;
 constexpr int64_t kNanosecondsOfSecond = 1000000000;
 constexpr int64_t kNanosecondsOfMillisecond = 1000000;
 
-timespec Now() {
+timespec Now(clockid_t clock = CLOCK_REALTIME) {
     timespec now{};
-    clock_gettime(CLOCK_REALTIME, &now);
+    clock_gettime(clock, &now);
     return now;
 }
 
@@ -42,7 +42,9 @@ float LinuxClock::SecondsSinceMidnight() {
 }
 
 DateTime LinuxClock::LocalNow() {
-    const int64_t lSeconds = Now().tv_sec;
+    // Whole seconds are all that is told: the time of the system's last tick is a third of the
+    // cost.
+    const int64_t lSeconds = Now(CLOCK_REALTIME_COARSE).tv_sec;
     return DateTimeFromSeconds(lSeconds + OffsetAt(lSeconds));
 }
 

@@ -33,7 +33,8 @@ std::optional<std::string> EndOfLinks(std::string strPath) {
         if (strTarget.empty() || strTarget.front() == '/') {
             strPath = strTarget;
         } else {
-            strPath = strPath.substr(0, strPath.rfind('/') + 1) + strTarget;
+            strPath.resize(strPath.rfind('/') + 1); // npos + 1 is 0: a name alone
+            strPath += strTarget;
         }
     }
     return std::nullopt;

@@ -70,6 +70,12 @@ int ConnectionError(int nSocket) {
     return ::getsockopt(nSocket, SOL_SOCKET, SO_ERROR, &nError, &nLength) == 0 ? nError : errno;
 }
 
+/// Bytes that a read would find at once; 0 also when nobody can tell.
+int BytesThere(int nSocket) {
+    int nBytes = 0;
+    return ::ioctl(nSocket, FIONREAD, &nBytes) == 0 ? nBytes : 0;
+}
+
 /// A blocking connect that a signal interrupts goes on by itself; its outcome is waited for.
 int32_t FinishConnect(int nSocket) {
     pollfd watched{nSocket, POLLOUT, 0};
@@ -96,8 +102,11 @@ int32_t LinuxSockets::LastError() {
 int32_t LinuxSockets::Socket() {
     Descriptor socket(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, IPPROTO_TCP));
     const int nOn = 1;
+    // An urgent byte stays in its place among the others: apart from them it would make the socket
+    // readable for ever without a byte that the count of waiting ones tells of.
     if (!socket.IsOpen() ||
-        ::setsockopt(socket.Get(), IPPROTO_TCP, TCP_NODELAY, &nOn, sizeof nOn) != 0) {
+        ::setsockopt(socket.Get(), IPPROTO_TCP, TCP_NODELAY, &nOn, sizeof nOn) != 0 ||
+        ::setsockopt(socket.Get(), SOL_SOCKET, SO_OOBINLINE, &nOn, sizeof nOn) != 0) {
         return Fail(errno);
     }
     return socket.Release();
@@ -139,16 +148,39 @@ int32_t LinuxSockets::SelectWritable(int32_t lSocket, int32_t lSeconds) {
     }
     // A refused connection is ready for writing too: only its error tells.
     const int nError = ConnectionError(lSocket);
-    return nError == 0 ? 1 : Fail(nError);
+    if (nError != 0) {
+        return Fail(nError);
+    }
+    if ((watched.revents & POLLHUP) == 0) {
+        return 1;
+    }
+    // No connection is under way and none stands. The connect that failed at once has taken its
+    // error with it and left it as the last one.
+    return lLastError != socketerror::kNone ? kFailed : Fail(ENOTCONN);
 }
 
 int32_t LinuxSockets::Receive(int32_t lSocket, char* buffer, int32_t lLength) {
     if (lLength < 0) {
         return Fail(EINVAL);
     }
-    const ssize_t nReceived =
-        Resumed([&] { return ::recv(lSocket, buffer, static_cast<size_t>(lLength), 0); });
-    return nReceived < 0 ? Fail(errno) : static_cast<int32_t>(nReceived);
+    const auto take = [&](int32_t lFrom) {
+        return static_cast<int32_t>(Resumed([&] {
+            return ::recv(lSocket, buffer + lFrom, static_cast<size_t>(lLength - lFrom), 0);
+        }));
+    };
+    int32_t lReceived = take(0);
+    if (lReceived < 0) {
+        return Fail(errno);
+    }
+    // A receive ends in front of an urgent byte, though what follows is counted as waiting.
+    while (lReceived > 0 && lReceived < lLength && BytesThere(lSocket) > 0) {
+        const int32_t lMore = take(lReceived);
+        if (lMore <= 0) {
+            break;
+        }
+        lReceived += lMore;
+    }
+    return lReceived;
 }
 
 int32_t LinuxSockets::Send(int32_t lSocket, std::string_view strData) {
@@ -201,16 +233,11 @@ void LinuxSockets::WaitReadable(int32_t lSocket, int32_t lMilliseconds) {
     const int64_t lDeadline = MonotonicNow() + lMilliseconds * kNanosecondsOfMillisecond;
     pollfd watched{lSocket, POLLIN | POLLRDHUP, 0};
     const int nReady = PollUntil(watched, lDeadline);
-    const bool bData = nReady > 0 && watched.revents == POLLIN;
-    if (nReady == 0 || bData) {
-        return;
+    // Being ready says little: a closed or failed connection is that for ever. Only bytes that
+    // wait end the pause.
+    if (nReady != 0 && BytesThere(lSocket) == 0) {
+        SleepUntil(lDeadline);
     }
-    // A closed or failed connection is ready for ever: only bytes that still wait end the pause.
-    int nBytes = 0;
-    if (::ioctl(lSocket, FIONREAD, &nBytes) == 0 && nBytes > 0) {
-        return;
-    }
-    SleepUntil(lDeadline);
 }
 
 } // namespace brennik

@@ -179,6 +179,16 @@ TEST_F(DeleteFolder, RefusesAHomeThatIsNamedThroughALink) {
               kDenied);
 }
 
+TEST_F(DeleteFolder, RefusesWhatHoldsAHomeThatIsNamedThroughALink) {
+    EXPECT_EQ(InSandbox([] {
+                  fs::create_directory("/srv/work/a/me");
+                  fs::create_directory_symlink("/srv/work/a/me", "/home/me");
+                  ::setenv("HOME", "/home/me", 1);
+                  return Deleting("/srv/work");
+              }),
+              kDenied);
+}
+
 TEST_F(DeleteFolder, RefusesEveryFolderThatHoldsOneOfThese) {
     for (const char* strPath : {"/home", "/opt", "/srv", "C:\\home\\", "/home/pos/.."}) {
         EXPECT_EQ(Refused(strPath), kDenied) << strPath;
@@ -250,6 +260,7 @@ TEST_F(DeleteFolder, RefusesMountPointsWithoutAListOfThemToo) {
         EXPECT_EQ(InSandbox(
                       [&] {
                           MountMemory("/srv/work/a/b");
+                          WriteFile("/srv/work/a/b/inside", "x");
                           return Deleting(strPath);
                       },
                       false),
@@ -307,7 +318,7 @@ TEST_F(DeleteFolder, AnyOneWriteBitWillDo) {
 
 TEST_F(DeleteFolder, RefusesATreeWithAFolderThatCannotBeChanged) {
     EXPECT_EQ(InSandbox([] {
-                  ::chmod("/srv/work/a", 0070); // writable, but not by its owner
+                  ::chmod("/srv/work/a", 0575); // writable, but not by its owner
                   __user_cap_header_struct header{_LINUX_CAPABILITY_VERSION_3, 0};
                   __user_cap_data_struct none[2] = {};
                   if (::syscall(SYS_capset, &header, none) != 0) {
@@ -315,7 +326,9 @@ TEST_F(DeleteFolder, RefusesATreeWithAFolderThatCannotBeChanged) {
                   }
                   LinuxFiles files(kDrives, "/opt/brennik");
                   const std::string strSaid = FailureOf([&] { files.DeleteFolder("/srv/work"); });
-                  return strSaid + (fs::exists("/srv/work/1.txt") ? ", all there" : ", changed");
+                  const bool bThere = fs::exists("/srv/work/1.txt") && fs::exists("/srv/work/a/b");
+                  ::chmod("/srv/work/a", 0755); // so that the folder can be taken away
+                  return strSaid + (bThere ? ", all there" : ", changed");
               }),
               kDenied);
 }

@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <atomic>
 #include <csignal>
 #include <fcntl.h>
 #include <filesystem>
@@ -42,6 +43,12 @@ std::string SignalLines(const std::string& strStatus) {
         nAt = nEnd + 1;
     }
     return strLines;
+}
+
+/// True when that thread of this process waits for something.
+bool Sleeps(uint32_t lThread) {
+    const std::string strStatus = ReadFile("/proc/self/task/" + std::to_string(lThread) + "/stat");
+    return strStatus.find(") S ") != std::string::npos;
 }
 
 class LinuxProcessesTest : public testing::Test {
@@ -303,12 +310,22 @@ TEST_F(LinuxProcessesTest, WaitsForAProcessOfOthersToo) {
                       return "no id";
                   }
                   ::waitpid(nBetween, nullptr, 0);
-                  std::thread opener([&] { ::close(gate[1]); });
+                  const uint32_t lWaiter = processes_.GetCurrentThreadId();
+                  std::atomic<bool> bReturned = false;
+                  bool bEarly = false;
+                  std::thread opener([&] {
+                      while (!Sleeps(lWaiter)) {
+                      }
+                      bEarly = bReturned;
+                      ::close(gate[1]);
+                  });
                   processes_.WaitForExit(nGrandchild);
+                  bReturned = true;
+                  const std::string strOutput = ReadFile(folder_ / "out");
                   opener.join();
-                  return ReadFile(folder_ / "out");
+                  return strOutput + (bEarly ? " too late" : " in time");
               }),
-              "ended");
+              "ended in time");
 }
 
 TEST_F(LinuxProcessesTest, AnUnknownDriveIsNoCurrentOne) {

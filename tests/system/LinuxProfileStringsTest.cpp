@@ -183,6 +183,22 @@ TEST_F(LinuxProfileStringsTest, AFileThatRestsIsReadOnceForManyValues) {
     EXPECT_EQ(ReadCallsSoFar() - lBefore, 1);
 }
 
+TEST_F(LinuxProfileStringsTest, AYoungFileIsReadAgainForEveryValue) {
+    // Its next change could fall into the same tick of the clock that files take their times from.
+    const long long lLimit = MonotonicNanoseconds() + 60000000000;
+    long long lCalls = 0;
+    for (bool bYoung = false; !bYoung && MonotonicNanoseconds() < lLimit;) {
+        Put("[A]\nK=" + std::to_string(MonotonicNanoseconds()) + "\n");
+        const long long lMade = MonotonicNanoseconds();
+        static_cast<void>(Read("A", "K"));
+        const long long lBefore = ReadCallsSoFar();
+        static_cast<void>(Read("A", "K"));
+        lCalls = ReadCallsSoFar() - lBefore;
+        bYoung = MonotonicNanoseconds() - lMade < 30000000;
+    }
+    EXPECT_GT(lCalls, 1);
+}
+
 TEST_F(LinuxProfileStringsTest, SeesAChangeOfAFileThatRested) {
     Put("[A]\nK=1\n");
     const long long lLimit = MonotonicNanoseconds() + 60000000000;

@@ -46,7 +46,7 @@ class Listener {
         if (::bind(nSocket_, reinterpret_cast<sockaddr*>(&address), nLength) != 0 ||
             ::listen(nSocket_, nBacklog) != 0 ||
             ::getsockname(nSocket_, reinterpret_cast<sockaddr*>(&address), &nLength) != 0) {
-            std::abort();
+            ::abort();
         }
         iPort_ = address.sin_port;
     }
@@ -205,22 +205,22 @@ TEST_F(LinuxSocketsTest, ANonBlockingConnectionThatIsRefusedIsNotMade) {
     lSocket_ = -1;
 }
 
-TEST_F(LinuxSocketsTest, AConnectionThatIsNotMadeInTimeGivesNone) {
-    // A queue that is full answers nobody.
-    Listener busy(0);
-    std::vector<int32_t> sockets;
-    int32_t lMade = 1;
-    while (lMade == 1 && sockets.size() < 20) {
-        sockets.push_back(sockets_.Socket());
-        ASSERT_EQ(sockets_.SetNonBlocking(sockets.back()), 0);
-        ASSERT_EQ(sockets_.Connect(sockets.back(), kLoopback, busy.iPort()), -1);
-        lMade = sockets_.SelectWritable(sockets.back(), sockets.size() < 3 ? 1 : 0);
-    }
-    EXPECT_EQ(lMade, 0);
-    EXPECT_EQ(sockets_.LastError(), 10035);
-    for (const int32_t lSocket : sockets) {
-        EXPECT_EQ(sockets_.CloseSocket(lSocket), 0);
-    }
+TEST_F(LinuxSocketsTest, AnAddressThatIsNoneIsNeverConnectedTo) {
+    // The address that stands for no address; nothing is ever sent there.
+    lSocket_ = sockets_.Socket();
+    ASSERT_EQ(sockets_.SetNonBlocking(lSocket_), 0);
+    ASSERT_EQ(sockets_.Connect(lSocket_, sockets_.InetAddr("999.1.1.1"), listener_.iPort()), -1);
+    EXPECT_EQ(sockets_.LastError(), 10051);
+    EXPECT_EQ(sockets_.SelectWritable(lSocket_, 60), -1);
+    EXPECT_EQ(sockets_.LastError(), 10051);
+}
+
+TEST_F(LinuxSocketsTest, ASocketThatWasNeverConnectedIsNotMade) {
+    std::thread([&] {
+        lSocket_ = sockets_.Socket(); // in a thread where no call has failed yet
+        EXPECT_EQ(sockets_.SelectWritable(lSocket_, 60), -1);
+        EXPECT_NE(sockets_.LastError(), 0);
+    }).join();
 }
 
 TEST_F(LinuxSocketsTest, ANetworkThatCannotBeReachedHasItsNumber) {
@@ -237,46 +237,74 @@ TEST_F(LinuxSocketsTest, ANetworkThatCannotBeReachedHasItsNumber) {
               "-1 10051");
 }
 
+/// Fills the queue of a listener that takes nobody, so that the next connection hangs; the sockets
+/// that wait in it.
+std::vector<int32_t> FillQueue(LinuxSockets& sockets, const Listener& busy) {
+    std::vector<int32_t> waiting;
+    for (int32_t lMade = 1; lMade == 1 && waiting.size() < 20;) {
+        waiting.push_back(sockets.Socket());
+        static_cast<void>(sockets.SetNonBlocking(waiting.back()));
+        static_cast<void>(sockets.Connect(waiting.back(), kLoopback, busy.iPort()));
+        lMade = sockets.SelectWritable(waiting.back(), 1);
+    }
+    return waiting;
+}
+
+TEST_F(LinuxSocketsTest, AConnectionThatIsNotMadeInTimeGivesNone) {
+    const Listener busy(0);
+    const std::vector<int32_t> waiting = FillQueue(sockets_, busy);
+    EXPECT_EQ(sockets_.SelectWritable(waiting.back(), 0), 0);
+    EXPECT_EQ(sockets_.LastError(), 10035);
+    for (const int32_t lSocket : waiting) {
+        EXPECT_EQ(sockets_.CloseSocket(lSocket), 0);
+    }
+}
+
+TEST_F(LinuxSocketsTest, AConnectionThatFailedAtOnceIsNeverMade) {
+    EXPECT_EQ(ReportOfChild([&]() -> std::string {
+                  if (::unshare(::geteuid() == 0 ? CLONE_NEWNET : CLONE_NEWUSER | CLONE_NEWNET) !=
+                      0) {
+                      return "no world of its own";
+                  }
+                  const int32_t lSocket = sockets_.Socket();
+                  static_cast<void>(sockets_.SetNonBlocking(lSocket));
+                  const int32_t lUnderWay = sockets_.Connect(lSocket, 0x0100000A, 1);
+                  const int32_t lMade = sockets_.SelectWritable(lSocket, 60);
+                  return std::to_string(lUnderWay) + " " + std::to_string(lMade) + " " +
+                         std::to_string(sockets_.LastError());
+              }),
+              "-1 -1 10051");
+}
+
 TEST_F(LinuxSocketsTest, AnInterruptedConnectionIsWaitedFor) {
     EXPECT_EQ(ReportOfChild([&]() -> std::string {
                   Listener busy(0);
-                  // Fills the queue, so that the last of them hangs until there is room.
-                  std::vector<int> before;
-                  for (int n = 0; n < 2; ++n) {
-                      before.push_back(sockets_.Socket());
-                      static_cast<void>(sockets_.SetNonBlocking(before.back()));
-                      static_cast<void>(sockets_.Connect(before.back(), kLoopback, busy.iPort()));
-                  }
-                  const int nFar = busy.Accept();
-                  int nFirst = -1;
+                  const std::vector<int32_t> waiting = FillQueue(sockets_, busy);
                   std::thread far([&] {
                       sigset_t alarms;
                       sigemptyset(&alarms);
                       sigaddset(&alarms, SIGALRM);
                       pthread_sigmask(SIG_BLOCK, &alarms, nullptr);
                       Interruptions::Await(5);
-                      for (;;) {
-                          const int nNext = busy.Accept();
-                          char byte = 0;
-                          if (::recv(nNext, &byte, 1, 0) == 1 && byte == 'x') {
-                              nFirst = nNext;
-                              return;
-                          }
+                      for (const int32_t lSocket : waiting) {
+                          static_cast<void>(sockets_.CloseSocket(lSocket)); // makes room
+                      }
+                      char byte = 0;
+                      while (::recv(busy.Accept(), &byte, 1, 0) != 1) {
                       }
                   });
                   const Interruptions interruptions;
-                  for (const int nSocket : before) {
-                      ::shutdown(nSocket, SHUT_RDWR);
-                  }
                   const int32_t lSocket = sockets_.Socket();
                   const int32_t lMade = sockets_.Connect(lSocket, kLoopback, busy.iPort());
-                  const int32_t lSent = sockets_.Send(lSocket, "x");
+                  const int nCount = Interruptions::Count();
+                  if (lMade != 0) {
+                      ::_exit(9); // the far end would wait for ever
+                  }
+                  static_cast<void>(sockets_.Send(lSocket, "x")); // lets the far end go
                   far.join();
-                  static_cast<void>(nFar);
-                  return std::to_string(lMade) + std::to_string(lSent) +
-                         (nFirst >= 0 ? " heard" : " lost");
+                  return nCount > 5 ? "made, interrupted" : "made, undisturbed";
               }),
-              "01 heard");
+              "made, interrupted");
 }
 
 TEST_F(LinuxSocketsTest, AnOrderlyCloseShowsNothingWaitingAndNoError) {
@@ -377,6 +405,21 @@ TEST_F(LinuxSocketsTest, AnInterruptedReceiveIsResumed) {
               "1x");
 }
 
+TEST_F(LinuxSocketsTest, AnUrgentByteStaysInItsPlace) {
+    Connect();
+    PeerSends("ab");
+    ASSERT_EQ(::send(nPeer_, "!", 1, MSG_OOB), 1);
+    PeerSends("cd");
+    const long long lLimit = MonotonicNanoseconds() + 60000000000;
+    while (Waiting() < 5 && MonotonicNanoseconds() < lLimit) {
+        AwaitEvent(lSocket_, POLLIN);
+    }
+    char buffer[8];
+    ASSERT_EQ(sockets_.Receive(lSocket_, buffer, 5), 5);
+    EXPECT_EQ(std::string(buffer, 5), "ab!cd");
+    EXPECT_GE(WaitLasts(30), 30) << "nothing is left of it";
+}
+
 // The pause of a read that found nothing.
 
 TEST_F(LinuxSocketsTest, AWaitEndsWithTheBytesThatAreThere) {
@@ -461,6 +504,45 @@ TEST_F(LinuxSocketsTest, InterruptedWaitsLastTheRestOfTheirTime) {
                          (bClosed ? "whole " : "short ") + (nCount > 10 ? "interrupted" : "quiet");
               }),
               "whole whole interrupted");
+}
+
+TEST_F(LinuxSocketsTest, AnUrgentByteStandsAmongTheOthersAndNoTurnIsLostOnIt) {
+    Connect();
+    ASSERT_EQ(sockets_.SetNonBlocking(lSocket_), 0);
+    for (const std::string& strBefore : {""s, "ab"s}) {
+        if (!strBefore.empty()) {
+            PeerSends(strBefore);
+        }
+        ASSERT_EQ(::send(nPeer_, "!", 1, MSG_OOB | MSG_NOSIGNAL), 1);
+        PeerSends("cde");
+        std::string strRead;
+        int nTurns = 0;
+        for (; strRead.size() < strBefore.size() + 4 && nTurns < 1000; ++nTurns) {
+            const int32_t lBytes = Waiting();
+            if (lBytes == 0) {
+                sockets_.WaitReadable(lSocket_, 1000);
+                continue;
+            }
+            std::string strTaken(static_cast<size_t>(lBytes), '\0');
+            ASSERT_EQ(sockets_.Receive(lSocket_, strTaken.data(), lBytes), lBytes);
+            strRead += strTaken;
+        }
+        EXPECT_EQ(strRead, strBefore + "!cde");
+        EXPECT_LE(nTurns, 8);
+    }
+    EXPECT_GE(WaitLasts(30), 30) << "nothing is left";
+}
+
+TEST_F(LinuxSocketsTest, BeingReadyWithoutAByteToCountIsNoEndOfAWait) {
+    Connect();
+    // An urgent byte apart from the stream: it stands in front of the others and hides them.
+    const int nOff = 0;
+    ASSERT_EQ(::setsockopt(lSocket_, SOL_SOCKET, SO_OOBINLINE, &nOff, sizeof nOff), 0);
+    ASSERT_EQ(::send(nPeer_, "!", 1, MSG_OOB | MSG_NOSIGNAL), 1);
+    PeerSends("cde");
+    AwaitEvent(lSocket_, POLLIN);
+    ASSERT_EQ(Waiting(), 0);
+    EXPECT_GE(WaitLasts(30), 30);
 }
 
 // Names and numbers.
