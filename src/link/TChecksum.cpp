@@ -20,8 +20,9 @@ constexpr Crc16Tables MakeCrc16Tables() {
     Crc16Tables tables{};
     for (uint32_t lByte = 0; lByte < 256; ++lByte) {
         uint32_t lCrc = lByte << 8;
-        for (int iBit = 0; iBit < 8; ++iBit)
+        for (int iBit = 0; iBit < 8; ++iBit) {
             lCrc = (lCrc & 0x8000) != 0 ? (lCrc << 1) ^ kPolynomial : lCrc << 1;
+        }
         tables[0][lByte] = static_cast<uint16_t>(lCrc);
     }
     for (size_t nRow = 1; nRow < kSlice; ++nRow) {
@@ -58,8 +59,9 @@ uint32_t SlicedCrc16(const unsigned char* bytes, size_t nBytes) {
         lCrc =
             lRest ^ kRow[15][(a & 0xFF) ^ (lCrc >> 8)] ^ kRow[14][(a >> 8 & 0xFF) ^ (lCrc & 0xFF)];
     }
-    for (; nBytes > 0; ++bytes, --nBytes)
+    for (; nBytes > 0; ++bytes, --nBytes) {
         lCrc = (lCrc << 8 & 0xFFFF) ^ kRow[0][(lCrc >> 8) ^ *bytes];
+    }
     return lCrc;
 }
 
@@ -71,12 +73,15 @@ uint32_t SlicedCrc16(const unsigned char* bytes, size_t nBytes) {
 /// folding has changed it, the cofactor x^15 + x + 1 mends the result.
 constexpr size_t kFoldWords = 15;
 constexpr size_t kFoldBytes = kFoldWords * sizeof(uint64_t);
-constexpr size_t kFoldWorthwhile = 3 * kFoldBytes;
+constexpr size_t kFoldWorthwhile = 6 * kFoldBytes;
 constexpr uint32_t kCofactor = 0x8003;
 
+/// Takes kFoldBytes at least; one whole block must be left for the carry to go into.
 uint32_t FoldedCrc16(const unsigned char* bytes, size_t nBytes) {
-    std::array<uint64_t, kFoldWords + 1> words{}; // the last one stays zero
+    std::array<uint64_t, kFoldWords + 1> words{}; // of a block; the last one stays zero
+    // What the blocks so far add to the words of the next, place by place.
     std::array<uint64_t, kFoldWords> carry{};
+    // All words that were forgotten, as they came: their bits are missing from the parity.
     std::array<uint64_t, kFoldWords> sum{};
     for (; nBytes >= 2 * kFoldBytes; bytes += kFoldBytes, nBytes -= kFoldBytes) {
         for (size_t i = 0; i < kFoldWords; ++i) {
@@ -85,14 +90,18 @@ uint32_t FoldedCrc16(const unsigned char* bytes, size_t nBytes) {
             sum[i] ^= lWord;
             words[i] = lWord ^ carry[i];
         }
+        // 15 places on is the same place of the next block, 14 places on the place before it. Only
+        // for the first word does that one lie in this block, so the carry comes after: the last
+        // word must be complete before it is carried on itself.
         words[kFoldWords - 1] ^= words[0];
-        for (size_t i = 0; i < kFoldWords; ++i)
+        for (size_t i = 0; i < kFoldWords; ++i) {
             carry[i] = words[i] ^ words[i + 1];
+        }
     }
 
     std::array<unsigned char, 2 * kFoldBytes> rest;
     std::memcpy(rest.data(), bytes, nBytes);
-    uint64_t lParity = 0;
+    uint64_t lParity = 0; // of the bits that went and of those that came
     for (size_t i = 0; i < kFoldWords; ++i) {
         uint64_t lWord = 0;
         std::memcpy(&lWord, rest.data() + i * sizeof lWord, sizeof lWord);
@@ -114,10 +123,12 @@ uint8_t Lrc(std::string_view strData) {
     const auto* bytes = reinterpret_cast<const unsigned char*>(strData.data());
     size_t nLeft = strData.size();
     uint64_t lSum = 0;
-    for (; nLeft >= 8; bytes += 8, nLeft -= 8)
+    for (; nLeft >= 8; bytes += 8, nLeft -= 8) {
         lSum ^= LoadEight(bytes);
-    for (; nLeft > 0; ++bytes, --nLeft)
+    }
+    for (; nLeft > 0; ++bytes, --nLeft) {
         lSum ^= *bytes;
+    }
     lSum ^= lSum >> 32;
     lSum ^= lSum >> 16;
     lSum ^= lSum >> 8;

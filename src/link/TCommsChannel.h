@@ -30,7 +30,8 @@ class TCommsChannel {
     [[nodiscard]] virtual int32_t WriteData(std::string_view strData) = 0;
 
     /// Delivers what is waiting; success with an empty string when nothing is, after a pause of
-    /// 10 ms that arriving bytes cut short.
+    /// 10 ms that arriving bytes cut short. A serial channel gives the failure of a read; a TCP
+    /// channel doesn't return while its reads fail.
     [[nodiscard]] virtual int32_t ReadData(std::string& strData) = 0;
 
     /// Delivers at most one byte. With nothing waiting a serial channel succeeds with an empty

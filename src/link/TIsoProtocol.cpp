@@ -1,19 +1,18 @@
 #include "link/TIsoProtocol.h"
 
 #include "link/CommsErrors.h"
+#include "link/LinkStatus.h"
 #include "platform/Clock.h"
 #include "platform/PumpEvents.h"
 #include "platform/RuntimeFailure.h"
+#include "support/Rounding.h"
 #include "support/TFLClientLog.h"
 
 #include <algorithm>
-#include <cmath>
+#include <utility>
 
 namespace brennik {
 namespace {
-
-constexpr int32_t kSuccess = 0;
-constexpr int32_t kFailure = 1;
 
 constexpr char kStx = 0x02;
 constexpr char kEtx = 0x03;
@@ -29,7 +28,14 @@ constexpr int32_t kHighByteFirst = 0;
 constexpr size_t kWriteHeader = 7; // "W", the length, and four bytes that mean nothing here
 constexpr size_t kCrcSize = 2;
 
+/// Seconds that the far end has for its ENQ once the line is open. It is the first to speak, and a
+/// service that has taken the connection does so at once; a profile's limits have no say in it.
 constexpr double kEnqTimeout = 10;
+
+/// Milliseconds between two attempts of which the first could not wait for anything, because its
+/// time was over before it began or because the channel failed: with thousands of attempts allowed
+/// they would otherwise be a loop at full load that hears no event.
+constexpr int32_t kPauseOfIdleAttemptMs = 10;
 
 /// What one read of a frame may gather; a line that babbles without a frame ends by its time
 /// limit, not by its appetite for memory.
@@ -66,9 +72,6 @@ struct TIsoProtocol::FramePlace {
     size_t nCovered = 0; ///< bytes from there that the block check covers
     size_t nCheck = 0;   ///< bytes of the received block check, which follow those
 
-    std::string_view Payload(std::string_view strBuffer) const {
-        return strBuffer.substr(nStart + 1, nPayload);
-    }
     std::string_view Covered(std::string_view strBuffer) const {
         return strBuffer.substr(nStart + 1, nCovered);
     }
@@ -106,8 +109,9 @@ int32_t TIsoProtocol::FlushBuffer() {
         std::string strData;
         // Whether the read worked is of no interest: what it delivered is thrown away.
         static_cast<void>(Channel().ReadData(strData));
-        if (!strData.empty())
+        if (!strData.empty()) {
             Log().Logit("Flushed Buffer: strData=" + strData, false);
+        }
     });
     return kSuccess;
 }
@@ -117,11 +121,13 @@ int32_t TIsoProtocol::SendPacket(std::string_view strData) {
         error_, "TIsoProtocol.SendPacket() Failed - ", kFailure, [&]() -> int32_t {
             const std::string strFrame = BuildFrame(strData);
             for (int64_t lAttempt = 1; lAttempt <= lPacketSendAttempts_; ++lAttempt) {
-                if (Channel().WriteData(strFrame) != kSuccess)
+                if (Channel().WriteData(strFrame) != kSuccess) {
                     return FailWithChannelError();
+                }
                 Log().LogPacket(false, true, strFrame, bServerSide_);
-                if (!bAckPackets_)
+                if (!bAckPackets_) {
                     return kSuccess;
+                }
                 switch (WaitForAck()) {
                 case Answer::Ack:
                     return kSuccess;
@@ -145,8 +151,9 @@ std::string TIsoProtocol::BuildFrame(std::string_view strData) const {
     strFrame.reserve(strData.size() + 2 + kCrcSize);
     strFrame += StartChar();
     strFrame += strData;
-    if (!bWritePacket)
+    if (!bWritePacket) {
         strFrame += kEtx;
+    }
     const std::string_view strCovered = std::string_view(strFrame).substr(1);
     strFrame += bWritePacket ? Checksum().GenerateCRC16(strCovered, kHighByteFirst)
                              : BlockCheck(strCovered);
@@ -158,78 +165,96 @@ std::string TIsoProtocol::BlockCheck(std::string_view strData) const {
                                   : Checksum().GenerateCRC16(strData, lChecksumType_);
 }
 
+/// Meant not to pump events itself: the channel's read does, where it waits long.
 TIsoProtocol::Answer TIsoProtocol::WaitForAck() {
     const double dEnd = EndTime(lAckTimeout_);
     std::string strAnswer;
     while (HasTime(dEnd)) {
         strAnswer.clear();
-        if (Channel().ReadCharacter(strAnswer) != kSuccess)
+        if (Channel().ReadCharacter(strAnswer) != kSuccess) {
             return Answer::None; // told as a time-out, so the channel's text isn't taken over
-        if (strAnswer.empty())
+        }
+        if (strAnswer.empty()) {
             continue;
+        }
         Log().LogPacket(false, false, strAnswer, bServerSide_);
-        if (IsSingle(strAnswer, kAck))
+        if (IsSingle(strAnswer, kAck)) {
             return Answer::Ack;
-        if (IsSingle(strAnswer, kNak))
+        }
+        if (IsSingle(strAnswer, kNak)) {
             return Answer::Nak;
+        }
     }
     return Answer::None;
 }
 
 int32_t TIsoProtocol::ReadPacket(std::string& strData, std::string strInitial) {
-    return GuardedWithCode(
-        error_, "TIsoProtocol.ReadPacket() Failed - ", kFailure, [&]() -> int32_t {
-            int64_t lAttempt = 1;
-            for (;;) {
-                const IsoReadResult result = InternalReadPacket(strData, strInitial);
-                if (result == IsoReadResult::IsoReadFailed)
-                    return kFailure;
-                if (result == IsoReadResult::IsoReadGood) {
-                    if (bAckPackets_)
-                        SendAck();
-                    return kSuccess;
+    const auto read = [&]() -> int32_t {
+        for (int64_t lAttempt = 1;; ++lAttempt) {
+            // The attempts are counted from 1, so N of them allow N + 1 reads.
+            const bool bLastAttempt = lAttempt > lPacketReadAttempts_;
+            bool bWaited = false;
+            switch (InternalReadPacket(strData, strInitial, bWaited)) {
+            case IsoReadResult::IsoReadGood:
+                if (bAckPackets_) {
+                    SendAck();
                 }
-                const bool bBadCheck = result == IsoReadResult::IsoReadBadCheck;
-                // Without acknowledgement nobody would send the frame again.
-                if (bBadCheck && !bAckPackets_)
-                    return kSuccess;
-                // The attempts are counted from 1, so N of them allow N + 1 reads; the last bad
-                // frame gets no NAK, and a time-out never gets one.
-                if (lAttempt > lPacketReadAttempts_)
+                return kSuccess;
+            case IsoReadResult::IsoReadTimedOut: // never gets a NAK
+                if (bLastAttempt) {
                     return FailWithTimeout();
-                if (bBadCheck)
-                    SendNak();
-                ++lAttempt;
+                }
+                if (!bWaited) {
+                    PumpEvents();
+                    Sleep(kPauseOfIdleAttemptMs);
+                }
+                break;
+            case IsoReadResult::IsoReadBadCheck:
+                if (!bAckPackets_) {
+                    return kSuccess; // nobody would send the frame again
+                }
+                if (bLastAttempt) {
+                    return FailWithTimeout(); // without a NAK
+                }
+                SendNak();
+                break;
+            case IsoReadResult::IsoReadFailed:
+                return kFailure;
             }
-        });
+        }
+    };
+    return GuardedWithCode(error_, "TIsoProtocol.ReadPacket() Failed - ", kFailure, read);
 }
 
-IsoReadResult TIsoProtocol::InternalReadPacket(std::string& strData, std::string_view strInitial) {
-    const auto read = [&] {
-        strData.assign(strInitial);
-        FramePlace place;
-        bool bFailed = false;
-        std::string strDelivered;
-        const double dEnd = EndTime(lPacketTimeout_);
-        while (!bFailed && !place.bGotPacket && HasTime(dEnd)) {
-            PumpEvents();
-            bFailed = !Gather(strData, strDelivered);
-            if (!bFailed)
-                FindFrame(strData, place);
-        }
-        LogRead(strData, place);
-        if (!place.bGotPacket)
-            return IsoReadResult::IsoReadTimedOut;
-        const bool bGood = BlockCheck(place.Covered(strData)) == place.ReceivedCheck(strData);
-        strData.resize(place.nStart + 1 + place.nPayload);
-        strData.erase(0, place.nStart + 1);
-        return bGood ? IsoReadResult::IsoReadGood : IsoReadResult::IsoReadBadCheck;
-    };
-    return Guarded(read, [&](const std::string& strDescription) {
-        error_.Set(kUnexpectedFailure,
-                   "TIsoProtocol.InternalReadPacket() Failed - " + strDescription);
-        return IsoReadResult::IsoReadFailed;
-    });
+IsoReadResult TIsoProtocol::InternalReadPacket(std::string& strData, std::string_view strInitial,
+                                               bool& bWaited) {
+    bWaited = false;
+    return GuardedWithCode(
+        error_, "TIsoProtocol.InternalReadPacket() Failed - ", IsoReadResult::IsoReadFailed, [&] {
+            strData.assign(strInitial);
+            FramePlace place;
+            bool bFailed = false;
+            std::string strDelivered;
+            const double dEnd = EndTime(lPacketTimeout_);
+            while (!bFailed && !place.bGotPacket && HasTime(dEnd)) {
+                PumpEvents();
+                bFailed = !Gather(strData, strDelivered);
+                bWaited = !bFailed;
+                if (!bFailed) {
+                    FindFrame(strData, place);
+                }
+            }
+            LogRead(strData, place);
+            if (!place.bGotPacket) {
+                return IsoReadResult::IsoReadTimedOut;
+            }
+            // Meant: a write-data frame too is verified by lChecksumType, though it is always sent
+            // with the high byte first. It passes while that is neither 0 nor 1.
+            const bool bGood = BlockCheck(place.Covered(strData)) == place.ReceivedCheck(strData);
+            strData.resize(place.nStart + 1 + place.nPayload);
+            strData.erase(0, place.nStart + 1);
+            return bGood ? IsoReadResult::IsoReadGood : IsoReadResult::IsoReadBadCheck;
+        });
 }
 
 /// Puts what the channel delivers behind the buffer; a first delivery goes straight into it.
@@ -243,10 +268,12 @@ bool TIsoProtocol::Gather(std::string& strBuffer, std::string& strDelivered) {
         return false;
     }
     const size_t nRoom = kMostGathered - std::min(kMostGathered, bFirst ? 0 : strBuffer.size());
-    if (strTarget.size() > nRoom)
+    if (strTarget.size() > nRoom) {
         strTarget.resize(nRoom);
-    if (!bFirst)
+    }
+    if (!bFirst) {
         strBuffer += strDelivered;
+    }
     return true;
 }
 
@@ -256,13 +283,15 @@ void TIsoProtocol::FindFrame(std::string_view strBuffer, FramePlace& place) cons
         place.nStart = strBuffer.find(StartChar(), place.nStartFrom);
         place.nStartFrom = strBuffer.size();
     }
-    if (place.nStart == FramePlace::kNone || place.nStart + 1 == strBuffer.size())
+    if (place.nStart == FramePlace::kNone || place.nStart + 1 == strBuffer.size()) {
         return; // no ETX that has come so far can lie behind it
+    }
     place.bWritePacket = strBuffer[place.nStart + 1] == kWriteData;
-    if (place.bWritePacket)
+    if (place.bWritePacket) {
         ExtractWritePacket(strBuffer, place);
-    else
+    } else {
         ExtractPlainPacket(strBuffer, place);
+    }
 }
 
 /// The ETX that counts is the first of the whole buffer. One that noise has left ahead of the
@@ -272,8 +301,9 @@ void TIsoProtocol::ExtractPlainPacket(std::string_view strBuffer, FramePlace& pl
         place.nEtx = strBuffer.find(kEtx, place.nEtxFrom);
         place.nEtxFrom = strBuffer.size();
     }
-    if (place.nEtx == FramePlace::kNone || place.nEtx <= place.nStart)
+    if (place.nEtx == FramePlace::kNone || place.nEtx <= place.nStart) {
         return;
+    }
     place.nPayload = place.nEtx - place.nStart - 1;
     place.nCovered = place.nPayload + 1;
     place.nCheck = lChecksumType_ == kLrc ? 1 : kCrcSize;
@@ -284,8 +314,9 @@ void TIsoProtocol::ExtractPlainPacket(std::string_view strBuffer, FramePlace& pl
 /// will be: the far end doesn't speak before its frame was answered, so this is meant.
 void TIsoProtocol::ExtractWritePacket(std::string_view strBuffer, FramePlace& place) const {
     const std::string_view strFrame = strBuffer.substr(place.nStart + 1);
-    if (strFrame.size() < kWriteHeader)
+    if (strFrame.size() < kWriteHeader) {
         return;
+    }
     const size_t nData = size_t{static_cast<unsigned char>(strFrame[1])} << 8 |
                          static_cast<unsigned char>(strFrame[2]);
     place.nPayload = kWriteHeader + nData;
@@ -297,8 +328,9 @@ void TIsoProtocol::ExtractWritePacket(std::string_view strBuffer, FramePlace& pl
 /// A read is logged with all that it gathered, whole or not, except that of a whole write-data
 /// frame only the start character and the payload are shown.
 void TIsoProtocol::LogRead(std::string_view strBuffer, const FramePlace& place) const {
-    if (strBuffer.empty())
+    if (strBuffer.empty()) {
         return;
+    }
     const bool bWholeWritePacket = place.bWritePacket && place.bGotPacket;
     Log().LogPacket(false, false,
                     bWholeWritePacket ? strBuffer.substr(place.nStart, place.nPayload + 1)
@@ -310,8 +342,9 @@ int32_t TIsoProtocol::SendArbitraryData(std::string_view strData) {
     // The prefix is spelt as readers of the log know it.
     return GuardedWithCode(error_, "TIsoProtocol.SendABitraryData() Failed - ", kFailure,
                            [&]() -> int32_t {
-                               if (Channel().WriteData(strData) != kSuccess)
+                               if (Channel().WriteData(strData) != kSuccess) {
                                    return FailWithChannelError();
+                               }
                                Log().LogPacket(false, true, strData, bServerSide_);
                                return kSuccess;
                            });
@@ -322,24 +355,28 @@ int32_t TIsoProtocol::ReadArbitraryData(std::string& strData, int32_t lTimeout,
     strData.clear();
     return GuardedWithCode(error_, "TIsoProtocol.ReadArbitraryData() Failed - ", kFailure,
                            [&]() -> int32_t {
+                               std::string strReply;
                                bool bFailed = false;
                                if (lTimeout == 0) {
-                                   bFailed = !TakeReply(strData, bAnyCharacter);
+                                   bFailed = !TakeReply(strReply, bAnyCharacter);
                                } else {
-                                   // A whole number, ties to even, so that a limit may be half a
-                                   // second off.
-                                   const double dEnd = std::nearbyint(EndTime(lTimeout));
-                                   while (!bFailed && strData.empty() && HasTime(dEnd)) {
-                                       bFailed = !TakeReply(strData, bAnyCharacter);
-                                       if (!bFailed)
+                                   // A whole number, so that a limit may be half a second off.
+                                   const double dEnd = RoundedTiesToEven(EndTime(lTimeout));
+                                   while (!bFailed && strReply.empty() && HasTime(dEnd)) {
+                                       bFailed = !TakeReply(strReply, bAnyCharacter);
+                                       if (!bFailed) {
                                            PumpEvents();
+                                       }
                                    }
                                }
-                               if (bFailed)
+                               if (bFailed) {
                                    return FailWithChannelError();
-                               if (strData.empty())
+                               }
+                               if (strReply.empty()) {
                                    return FailWithTimeout();
-                               Log().LogPacket(false, false, strData, bServerSide_);
+                               }
+                               Log().LogPacket(false, false, strReply, bServerSide_);
+                               strData = std::move(strReply);
                                return kSuccess;
                            });
 }
@@ -347,12 +384,14 @@ int32_t TIsoProtocol::ReadArbitraryData(std::string& strData, int32_t lTimeout,
 /// One look at the line. False when the channel failed; an empty reply is none yet.
 bool TIsoProtocol::TakeReply(std::string& strReply, bool bAnyCharacter) {
     std::string strCharacter;
-    if (Channel().ReadCharacter(strCharacter) != kSuccess)
+    if (Channel().ReadCharacter(strCharacter) != kSuccess) {
         return false;
+    }
     if (bAnyCharacter || IsSingle(strCharacter, kAck) || IsSingle(strCharacter, kNak)) {
         strReply = strCharacter;
     } else if (IsSingle(strCharacter, kStx)) {
-        // Whatever is there by now; a reply is short, and nobody checks it.
+        // Whatever is there by now; a reply is short, and nobody checks it. That a failed read
+        // doesn't count either is meant: the STX has come, and so a reply.
         std::string strRest;
         static_cast<void>(Channel().ReadData(strRest));
         strReply = strCharacter + strRest;
@@ -368,13 +407,16 @@ int32_t TIsoProtocol::WaitForEnq() {
                                while (HasTime(dEnd)) {
                                    PumpEvents();
                                    strData.clear();
-                                   if (Channel().ReadData(strData) != kSuccess)
+                                   if (Channel().ReadData(strData) != kSuccess) {
                                        return FailWithChannelError();
-                                   if (strData.empty())
+                                   }
+                                   if (strData.empty()) {
                                        continue;
+                                   }
                                    Log().LogPacket(true, false, strData, bServerSide_);
-                                   if (strData.find(kEnq) != std::string::npos)
+                                   if (strData.find(kEnq) != std::string::npos) {
                                        return kSuccess;
+                                   }
                                }
                                SetError(error_, CommsErrors::kReadEnq);
                                return kFailure;
@@ -415,26 +457,30 @@ int32_t TIsoProtocol::FailWithTimeout() {
 }
 
 char TIsoProtocol::StartChar() const {
-    if (iStartChar_ < 0 || iStartChar_ > 255)
+    if (iStartChar_ < 0 || iStartChar_ > 255) {
         throw RuntimeFailure(FailureKind::InvalidProcedureCall);
+    }
     return static_cast<char>(iStartChar_);
 }
 
 TCommsChannel& TIsoProtocol::Channel() const {
-    if (commsLink_ == nullptr)
+    if (commsLink_ == nullptr) {
         throw RuntimeFailure(FailureKind::ObjectNotSet);
+    }
     return *commsLink_;
 }
 
 TFLClientLog& TIsoProtocol::Log() const {
-    if (log_ == nullptr)
+    if (log_ == nullptr) {
         throw RuntimeFailure(FailureKind::ObjectNotSet);
+    }
     return *log_;
 }
 
 const TChecksum& TIsoProtocol::Checksum() const {
-    if (checksum_ == nullptr)
+    if (checksum_ == nullptr) {
         throw RuntimeFailure(FailureKind::ObjectNotSet);
+    }
     return *checksum_;
 }
 

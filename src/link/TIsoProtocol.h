@@ -41,7 +41,8 @@ class TIsoProtocol {
                                            int32_t lPacketSendAttempts, bool bServerSide,
                                            bool bAckPackets);
 
-    /// Takes what is waiting, once, and writes it to the log. Always 0.
+    /// Takes what is waiting, once, and writes it to the log. Always 0, so there is nothing to
+    /// look at and the result may be dropped.
     int32_t FlushBuffer();
 
     /// Frames and sends a payload and waits for its ACK where frames are acknowledged. Only a NAK
@@ -50,6 +51,8 @@ class TIsoProtocol {
 
     /// Reads one frame, up to lPacketReadAttempts + 1 times, each time behind the bytes of
     /// strInitial. strData is the payload. Without acknowledgement the block check isn't enforced.
+    /// On failure strData is what the last attempt left, of no use but to look at: all that it
+    /// gathered, strInitial included, or the payload of a frame whose check was wrong.
     [[nodiscard]] int32_t ReadPacket(std::string& strData, std::string strInitial);
 
     /// Sends bytes as they are.
@@ -82,7 +85,10 @@ class TIsoProtocol {
     enum class Answer { Ack, Nak, None };
     struct FramePlace;
 
-    IsoReadResult InternalReadPacket(std::string& strData, std::string_view strInitial);
+    /// One read of one frame. bWaited tells whether it had a pass in which the channel could do
+    /// its waiting: false when there was none or when the channel failed.
+    IsoReadResult InternalReadPacket(std::string& strData, std::string_view strInitial,
+                                     bool& bWaited);
     bool Gather(std::string& strBuffer, std::string& strDelivered);
     void FindFrame(std::string_view strBuffer, FramePlace& place) const;
     void ExtractPlainPacket(std::string_view strBuffer, FramePlace& place) const;
@@ -94,9 +100,9 @@ class TIsoProtocol {
     Answer WaitForAck();
     bool TakeReply(std::string& strReply, bool bAnyCharacter);
 
-    // The last two belong to the protocol and have no caller today.
     void SendAck();
     void SendNak();
+    // SendEot and SendEnq belong to the protocol and have no caller today.
     void SendEot();
     void SendEnq();
     void SendControl(std::string_view strBytes);

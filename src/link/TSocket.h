@@ -16,18 +16,23 @@
 
 namespace brennik {
 
+/// In place of a handle: no open socket.
+inline constexpr int32_t kNoSocket = -1;
+
 class TSocket {
   public:
     /// Opens a connection to a dotted address; strHostName plays no part. dTimeout is in seconds,
-    /// rounded to whole ones (ties to even), and limits a non-blocking connect only. A blocking
-    /// connect is followed by 50 ms of sleep. A non-blocking connect that succeeds at once counts
-    /// as not made. lSocket is the handle on success and -1 on failure.
+    /// rounded to whole ones (ties to even), and limits a non-blocking connect only; below 0 it
+    /// counts as 0, which looks once. A blocking connect is followed by 50 ms of sleep. A
+    /// non-blocking connect that succeeds at once counts as not made. lSocket is the handle on
+    /// success and kNoSocket on failure.
     [[nodiscard]] int32_t OpenSocket(const std::string& strHostName,
                                      const std::string& strIPAddress, uint16_t iPort,
                                      double dTimeout, int32_t& lSocket, bool bBlocking,
                                      bool bStartWinsock);
 
-    /// Shuts down and closes.
+    /// Shuts down both directions, closes and cleans up. A handle that can't be closed is failure
+    /// 1000005; the clean-up is done all the same.
     [[nodiscard]] int32_t CloseSocket(int32_t lSocket);
 
     /// Waits up to dTimeout seconds for one receive of exactly lBytes bytes; a receive of another
@@ -60,14 +65,27 @@ class TSocket {
     int32_t lErrorCode() const { return error_.lErrorCode(); }
 
   private:
+    /// Connects a fresh socket; iPort is in host order. True when the connection was made. One
+    /// that wasn't may have closed the socket, and lSocket is then kNoSocket.
+    bool MakeConnection(int32_t& lSocket, const std::string& strIPAddress, uint16_t iPort,
+                        double dTimeout, bool bBlocking);
+    /// The two ways of it; address and port are in network order. The first leaves the socket
+    /// open, the second closes one whose wait came to nothing.
     bool ConnectBlocking(int32_t lSocket, uint32_t lAddress, uint16_t iNetworkPort);
     bool ConnectNonBlocking(int32_t& lSocket, uint32_t lAddress, uint16_t iNetworkPort,
                             double dTimeout);
-    bool MakeConnection(int32_t& lSocket, const std::string& strIPAddress, uint16_t iPort,
-                        double dTimeout, bool bBlocking);
-    bool ConnectionLost(int32_t lSocket, const CommsError& commsError);
+
+    /// The one rule for a read that found nothing, told at the class: pauses, then sets the error
+    /// with its suffix and gives true if the last socket error is that of a lost connection.
+    bool PauseAndTellIfLost(int32_t lSocket, const CommsError& commsError);
+
+    /// Receives once into strData, which becomes lBytes long; what doesn't come are zero bytes.
+    /// Gives what the receive gave: the number received, 0 or -1.
     int32_t ReadInto(std::string& strData, int32_t lBytes, int32_t lSocket);
+
+    /// What stands behind the text of a failure that a socket error explains.
     std::string WsaErrorSuffix(int16_t iWsaError) const;
+    /// Always empty: there is no table of these texts.
     std::string GetWsaErrorText(int16_t iWsaError) const;
 
     ErrorState error_;

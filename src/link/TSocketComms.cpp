@@ -1,5 +1,6 @@
 #include "link/TSocketComms.h"
 
+#include "link/LinkStatus.h"
 #include "link/TConnectionInfo.h"
 #include "platform/PumpEvents.h"
 #include "platform/RuntimeFailure.h"
@@ -8,10 +9,6 @@
 
 namespace brennik {
 namespace {
-
-constexpr int32_t kSuccess = 0;
-constexpr int32_t kFailure = 1;
-constexpr int32_t kNoSocket = -1;
 
 struct Peer {
     const std::string& strAddress;
@@ -46,14 +43,16 @@ void FillEmptyAddresses(TConnectionInfo& objConnectionInfo) {
 
 TSocketComms::~TSocketComms() {
     // A connection that nobody closed; there is no one left to tell.
-    if (bConnected_)
+    if (bConnected_) {
         static_cast<void>(oSocket_->CloseSocket(lSocket_));
+    }
 }
 
 int32_t TSocketComms::Connect(TConnectionInfo& objConnectionInfo, TFLClientLog& objLog) {
     return GuardedWithCode(error_, "TSocketComms.Connect() Failed - ", kFailure, [&]() -> int32_t {
-        if (bConnected_)
+        if (bConnected_) {
             return kSuccess;
+        }
         oLog_ = &objLog;
         const int32_t lAttempts = objConnectionInfo.lConnectionAttempts();
         if (lAttempts < 1) {
@@ -63,9 +62,11 @@ int32_t TSocketComms::Connect(TConnectionInfo& objConnectionInfo, TFLClientLog& 
         oSocket_ = std::make_unique<TSocket>();
         FillEmptyAddresses(objConnectionInfo);
         for (int64_t lAttempt = 1; lAttempt <= lAttempts; ++lAttempt) {
-            if (TryConnect(objConnectionInfo, lAttempt))
+            if (TryConnect(objConnectionInfo, lAttempt)) {
                 return kSuccess;
+            }
             LogSocketError();
+            // No pause: the wait is that of the connection alone.
         }
         return kFailure;
     });
@@ -80,12 +81,14 @@ bool TSocketComms::TryConnect(const TConnectionInfo& objConnectionInfo, int64_t 
                  false);
     std::string strResolved = peer.strAddress;
     if (!oSocket_->IsIPAddress(peer.strAddress) &&
-        oSocket_->GetIPAddress(peer.strAddress, strResolved) != kSuccess)
+        oSocket_->GetIPAddress(peer.strAddress, strResolved) != kSuccess) {
         return false;
+    }
     if (oSocket_->OpenSocket("", strResolved, Narrow<uint16_t>(peer.lPort),
                              objConnectionInfo.lConnectTimeout(), lSocket_,
-                             objConnectionInfo.bBlockedSocket(), true) != kSuccess)
+                             objConnectionInfo.bBlockedSocket(), true) != kSuccess) {
         return false;
+    }
     strConnectionData_ = peer.strAddress;
     bConnected_ = true;
     oLog_->Logit("Connected to " + peer.strAddress + ", Port " + strPort + ", Socket " +
@@ -103,8 +106,9 @@ void TSocketComms::LogSocketError() {
 int32_t TSocketComms::Disconnect() {
     return GuardedWithCode(
         error_, "TSocketComms.Disconnect() Failed - ", kFailure, [&]() -> int32_t {
-            if (!bConnected_)
+            if (!bConnected_) {
                 return kSuccess;
+            }
             if (Socket().CloseSocket(lSocket_) != kSuccess) {
                 LogSocketError();
                 return kFailure;
@@ -120,8 +124,9 @@ int32_t TSocketComms::Disconnect() {
 int32_t TSocketComms::WriteData(std::string_view strData) {
     return GuardedWithCode(
         error_, "TSocketComms.WriteData() Failed - ", kFailure, [&]() -> int32_t {
-            if (Socket().Send(strData, lSocket_) == kSuccess)
+            if (Socket().Send(strData, lSocket_) == kSuccess) {
                 return kSuccess;
+            }
             error_.Set(Socket().lErrorCode(),
                        Socket().strErrorMessage() + " Data=" + std::string(strData));
             return kFailure;
@@ -135,8 +140,9 @@ int32_t TSocketComms::ReadData(std::string& strData) {
         for (;;) {
             PumpEvents();
             int32_t lBytesRead = 0;
-            if (Socket().Read(strData, lBytesRead, lSocket_) == kSuccess)
+            if (Socket().Read(strData, lBytesRead, lSocket_) == kSuccess) {
                 return kSuccess;
+            }
             error_.CopyFrom(Socket());
         }
     });
@@ -149,19 +155,21 @@ int32_t TSocketComms::ReadCharacter(std::string& strData) {
             for (;;) {
                 PumpEvents();
                 int32_t lBytesRead = 0;
-                if (Socket().ReadnBytes(strData, 1, lBytesRead, lSocket_) != kSuccess)
+                if (Socket().ReadnBytes(strData, 1, lBytesRead, lSocket_) != kSuccess) {
                     error_.CopyFrom(Socket());
-                else if (lBytesRead == 1)
+                } else if (lBytesRead == 1) {
                     return kSuccess;
-                else
+                } else {
                     SetError(error_, CommsErrors::kReadOneByte);
+                }
             }
         });
 }
 
 TSocket& TSocketComms::Socket() {
-    if (oSocket_ == nullptr)
+    if (oSocket_ == nullptr) {
         throw RuntimeFailure(FailureKind::ObjectNotSet);
+    }
     return *oSocket_;
 }
 

@@ -25,6 +25,9 @@ class TSocketComms final : public TCommsChannel {
     /// until the channel is destroyed.
     [[nodiscard]] int32_t Connect(TConnectionInfo& objConnectionInfo,
                                   TFLClientLog& objLog) override;
+
+    /// A socket that can't be closed is a failure that changes nothing: the channel stays
+    /// connected, and another Disconnect tries again.
     [[nodiscard]] int32_t Disconnect() override;
 
     /// A failure shows the bytes behind its text.
@@ -49,7 +52,7 @@ class TSocketComms final : public TCommsChannel {
 
     ErrorState error_;
     std::unique_ptr<TSocket> oSocket_;
-    int32_t lSocket_ = -1;
+    int32_t lSocket_ = kNoSocket;
     bool bConnected_ = false;
     std::string strConnectionData_;
     TFLClientLog* oLog_ = nullptr;

@@ -14,8 +14,9 @@ inline uint16_t BitwiseCrc16(std::string_view strData) {
         for (int iBit = 0; iBit < 8; ++iBit) {
             const bool bTop = ((iCrc ^ iWord) & 0x8000) != 0;
             iCrc = static_cast<uint16_t>(iCrc << 1);
-            if (bTop)
+            if (bTop) {
                 iCrc = static_cast<uint16_t>(iCrc ^ 0x8005);
+            }
             iWord = static_cast<uint16_t>(iWord << 1);
         }
     }
@@ -32,8 +33,9 @@ inline std::string LowByteFirst(uint16_t iValue) {
 
 inline std::string XorOfBytes(std::string_view strData) {
     char cSum = 0;
-    for (const char cByte : strData)
+    for (const char cByte : strData) {
         cSum = static_cast<char>(cSum ^ cByte);
+    }
     return std::string(1, cSum);
 }
 

@@ -1,5 +1,5 @@
 // A channel that plays what a test has laid out: each read takes the next delivery. With nothing
-// laid out it is silent, and each read then takes 10 ms, as on a serial line.
+// laid out it is silent, and each read then takes 10 ms, as on a serial line; or it fails at once.
 #pragma once
 
 #include "link/TCommsChannel.h"
@@ -33,10 +33,12 @@ class FakeChannel final : public TCommsChannel {
 
     [[nodiscard]] int32_t WriteData(std::string_view strData) override {
         writes.emplace_back(strData);
-        if (writeThrows)
+        if (writeThrows) {
             throw RuntimeFailure(*writeThrows);
-        if (OnWrite)
+        }
+        if (OnWrite) {
             OnWrite(strData);
+        }
         return lWriteStatus;
     }
 
@@ -57,6 +59,8 @@ class FakeChannel final : public TCommsChannel {
     /// What each ReadData and each ReadCharacter does next.
     std::deque<Delivery> reads;
     std::deque<Delivery> characters;
+    /// The status of a read for which nothing is laid out; a failure takes no time at all.
+    int32_t lStatusWhenEmpty = 0;
     int32_t nReads = 0;
     int32_t nCharacters = 0;
 
@@ -68,16 +72,21 @@ class FakeChannel final : public TCommsChannel {
   private:
     int32_t Play(std::deque<Delivery>& deliveries, std::string& strData) {
         strData.clear();
+        if (deliveries.empty() && lStatusWhenEmpty != 0) {
+            return lStatusWhenEmpty;
+        }
         if (deliveries.empty()) {
             host_.RunFor(10 * world::kMillisecond);
             return 0;
         }
         const Delivery delivery = deliveries.front();
         deliveries.pop_front();
-        if (delivery.timeOfDay)
+        if (delivery.timeOfDay) {
             host_.clock.SetTimeOfDay(*delivery.timeOfDay);
-        if (delivery.thrown)
+        }
+        if (delivery.thrown) {
             throw RuntimeFailure(*delivery.thrown);
+        }
         strData = delivery.strData;
         return delivery.lStatus;
     }

@@ -14,7 +14,8 @@ class TIsoProtocolTestAccess {
   public:
     static IsoReadResult InternalReadPacket(TIsoProtocol& link, std::string& strData,
                                             std::string_view strInitial) {
-        return link.InternalReadPacket(strData, strInitial);
+        bool bWaited = false;
+        return link.InternalReadPacket(strData, strInitial, bWaited);
     }
     static void SendAck(TIsoProtocol& link) { link.SendAck(); }
     static void SendNak(TIsoProtocol& link) { link.SendNak(); }
@@ -23,6 +24,14 @@ class TIsoProtocolTestAccess {
 };
 
 inline constexpr const char* kTimedOutText = "Timed out reading ISO packet";
+
+inline const std::string kEnq = "\x05";
+inline const std::string kAck = "\x06";
+inline const std::string kNak = "\x15";
+
+/// Worked out by hand: "S" ETX has the CRC 0x6A0F and the XOR 0x50.
+inline const std::string kFrameS = "\x02S\x03\x6A\x0F";
+inline const std::string kBadFrameS = "\x02S\x03\x6A\x0E";
 
 class IsoFixture : public LinkFixture {
   protected:
@@ -72,6 +81,16 @@ class IsoFixture : public LinkFixture {
 
     FakeChannel channel{host};
     TIsoProtocol link;
+};
+
+/// For reads: where the payload goes, and a way to read without further attempts.
+class IsoReadFixture : public IsoFixture {
+  protected:
+    IsoReadResult ReadOnce(const std::string& strInitial = "") {
+        return TIsoProtocolTestAccess::InternalReadPacket(link, strData, strInitial);
+    }
+
+    std::string strData = "old";
 };
 
 } // namespace brennik

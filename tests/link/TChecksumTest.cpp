@@ -4,7 +4,6 @@
 
 #include <gtest/gtest.h>
 
-#include <array>
 #include <random>
 #include <string>
 
@@ -16,8 +15,9 @@ using namespace std::string_literals;
 std::string RandomBytes(size_t nBytes, uint32_t lSeed) {
     std::mt19937 random(lSeed);
     std::string strData(nBytes, '\0');
-    for (char& cByte : strData)
+    for (char& cByte : strData) {
         cByte = static_cast<char>(random() & 0xFF);
+    }
     return strData;
 }
 
@@ -65,8 +65,9 @@ TEST(TChecksum, Crc16OfNothingIsTwoZeroBytesInEitherOrder) {
 }
 
 TEST(TChecksum, OnlySelectorOnePutsTheLowByteFirst) {
-    for (const int32_t lSelector : {0, 2, 3, -1, 257, INT32_MAX, INT32_MIN})
+    for (const int32_t lSelector : {0, 2, 3, -1, 257, INT32_MAX, INT32_MIN}) {
         EXPECT_EQ(TChecksum().GenerateCRC16("123456789", lSelector), "\xFE\xE8") << lSelector;
+    }
 }
 
 TEST(TChecksum, Crc16AgreesWithItsDefinitionAtEveryLength) {
@@ -95,6 +96,25 @@ TEST(TChecksum, Crc16OfPartsOfABufferDoesNotDependOnWhereTheyStand) {
         const std::string_view strPart = std::string_view(strData).substr(nFrom, 1034);
         ASSERT_EQ(TChecksum().GenerateCRC16(strPart, 0), HighByteFirst(BitwiseCrc16(strPart)))
             << nFrom;
+    }
+}
+
+TEST(TChecksum, Crc16OfEverySingleBitIsItsPowerOfX) {
+    // The check is linear, so the single bits of a length decide about all data of that length.
+    // The last bit leaves the polynomial itself, and each bit further ahead is times x.
+    for (const size_t nBytes : {719u, 720u, 721u, 1034u}) {
+        std::string strData(nBytes, '\0');
+        uint32_t lExpected = 0x8005;
+        for (size_t nBit = 0; nBit < nBytes * 8; ++nBit) {
+            char& cByte = strData[nBytes - 1 - nBit / 8];
+            cByte = static_cast<char>(1U << nBit % 8);
+            ASSERT_EQ(TChecksum().GenerateCRC16(strData, 0),
+                      HighByteFirst(static_cast<uint16_t>(lExpected)))
+                << nBytes << " bytes, bit " << nBit;
+            cByte = 0;
+            lExpected <<= 1;
+            lExpected = (lExpected & 0x10000) != 0 ? lExpected ^ 0x18005 : lExpected;
+        }
     }
 }
 

@@ -1,14 +1,12 @@
 #include "link/TSocketComms.h"
 
-#include "link/TConnectionInfo.h"
-#include "tests/link/LinkFixture.h"
+#include "platform/Host.h"
+#include "tests/link/TSocketCommsFixture.h"
 #include "tests/link/ThrowingSockets.h"
 
 #include <gtest/gtest.h>
 
-#include <memory>
 #include <string>
-#include <utility>
 
 namespace brennik {
 namespace {
@@ -21,51 +19,7 @@ using world::Op;
 
 constexpr const char* kNotConnected = "Timed out waiting for connection to remote machine";
 
-class TSocketCommsTest : public LinkFixture {
-  protected:
-    TSocketCommsTest() {
-        info.strIPAddress1("10.0.0.1");
-        info.lIPPortNo1(5001);
-        info.lConnectionAttempts(1);
-        info.lConnectTimeout(10);
-        host.network.RecordCalls(true);
-    }
-
-    int32_t Connect() { return comms->Connect(info, log); }
-
-    /// Connects to a scripted peer and forgets calls and log.
-    void ConnectToPeer() {
-        peer = &host.network.AddPeer("10.0.0.1", 5001);
-        ASSERT_EQ(Connect(), 0);
-        host.RunFor(kMillisecond);
-        host.network.calls.clear();
-        host.files.Remove(kLogFile);
-    }
-
-    void Feed(std::string_view strBytes) { host.network.LastConnection().Feed(strBytes); }
-
-    void ExpectError(int32_t lErrorCode, const std::string& strErrorMessage) const {
-        EXPECT_EQ(comms->lErrorCode(), lErrorCode);
-        EXPECT_EQ(comms->strErrorMessage(), strErrorMessage);
-    }
-
-    Lines TakeCalls() { return std::exchange(host.network.calls, {}); }
-
-    /// The connects among the calls.
-    Lines Connects() const {
-        Lines connects;
-        for (const std::string& strCall : host.network.calls) {
-            if (strCall.starts_with("Connect "))
-                connects.push_back(strCall);
-        }
-        return connects;
-    }
-
-    TConnectionInfo info;
-    std::unique_ptr<TSocketComms> comms = std::make_unique<TSocketComms>();
-    std::string strData = "old";
-    world::ScriptedPeer* peer = nullptr;
-};
+class TSocketCommsTest : public TSocketCommsFixture {};
 
 // Connect.
 
@@ -245,8 +199,9 @@ TEST_F(TSocketCommsTest, ANameThatCanNotBeResolvedUsesUpAnAttemptWithoutASocket)
 TEST_F(TSocketCommsTest, AnAddressIsUsedAsItStands) {
     info.strIPAddress1("999.1.1.1");
     EXPECT_EQ(Connect(), 1);
-    for (const std::string& strCall : TakeCalls())
+    for (const std::string& strCall : TakeCalls()) {
         EXPECT_FALSE(strCall.starts_with("GetHostByName")) << strCall;
+    }
 }
 
 TEST_F(TSocketCommsTest, APortBeyondItsRangeIsAnOverflow) {
@@ -276,6 +231,40 @@ TEST_F(TSocketCommsTest, AFailedChannelCanConnectLater) {
     EXPECT_EQ(Connect(), 1);
     host.network.AddPeer("10.0.0.1", 5001);
     EXPECT_EQ(Connect(), 0);
+}
+
+TEST_F(TSocketCommsTest, TheLogIsThatOfTheLatestConnect) {
+    ConnectToPeer();
+    EXPECT_EQ(comms->Disconnect(), 0);
+    host.RunFor(kMillisecond);
+    host.files.Remove(kLogFile);
+    TFLClientLog other;
+    other.InitialiseLogging("/log\\", "other.log", true, true, true);
+    EXPECT_EQ(comms->Connect(info, other), 0);
+    EXPECT_EQ(comms->Disconnect(), 0);
+    EXPECT_TRUE(Logged().empty());
+    EXPECT_EQ(host.files.Lines("/log/other.log").size(), 3u);
+}
+
+TEST_F(TSocketCommsTest, AConnectThatDoesNothingDoesNotTakeTheLogEither) {
+    ConnectToPeer();
+    TFLClientLog other;
+    other.InitialiseLogging("/log\\", "other.log", true, true, true);
+    EXPECT_EQ(comms->Connect(info, other), 0);
+    EXPECT_EQ(comms->Disconnect(), 0);
+    EXPECT_EQ(Logged(), Lines{"INFO   : Connection Closed, Socket 4 Destroyed"});
+    EXPECT_TRUE(host.files.Lines("/log/other.log").empty());
+}
+
+TEST_F(TSocketCommsTest, EveryConnectMakesASocketObjectWithoutAPast) {
+    EXPECT_EQ(Connect(), 1);
+    EXPECT_EQ(comms->lErrorCode(), 1000004);
+    ConnectToPeer();
+    Feed("x");
+    host.FailNext(Op::BytesWaiting, {.lLastError = 10022});
+    EXPECT_EQ(comms->ReadData(strData), 0);
+    // A read that fails without a text has none of an older failure to show.
+    ExpectError(0, "");
 }
 
 // Disconnect.
@@ -359,159 +348,19 @@ TEST_F(TSocketCommsTest, APartialWriteIsASuccess) {
     EXPECT_EQ(comms->WriteData("abc"), 0);
 }
 
-// ReadData.
-
-TEST_F(TSocketCommsTest, ReadDataTakesAllThatIsWaiting) {
+TEST_F(TSocketCommsTest, AWriteShowsItsBytesBehindARunTimeFailureToo) {
     ConnectToPeer();
-    Feed("ab\0\xFF"s);
-    EXPECT_EQ(comms->ReadData(strData), 0);
-    EXPECT_EQ(strData, "ab\0\xFF"s);
-    EXPECT_EQ(TakeCalls(), (Lines{"BytesWaiting 4", "Receive 4"}));
-    EXPECT_EQ(host.nPumps(), 1);
-}
-
-TEST_F(TSocketCommsTest, ReadDataWithNothingWaitingSucceedsAfterTenMilliseconds) {
-    ConnectToPeer();
-    const Microseconds start = host.Now();
-    EXPECT_EQ(comms->ReadData(strData), 0);
-    EXPECT_EQ(strData, "");
-    EXPECT_GE(host.Now() - start, 10 * kMillisecond);
-    EXPECT_LT(host.Now() - start, 11 * kMillisecond);
-    EXPECT_EQ(host.nPumps(), 1);
-    ExpectError(0, "");
-}
-
-TEST_F(TSocketCommsTest, ReadDataPumpsBeforeItTouchesTheSocket) {
-    ConnectToPeer();
-    host.OnPump([this] { Feed("x"); });
-    EXPECT_EQ(comms->ReadData(strData), 0);
-    EXPECT_EQ(strData, "x");
-}
-
-TEST_F(TSocketCommsTest, AClosedPeerIsSilenceToReadData) {
-    ConnectToPeer();
-    peer->Close();
-    host.RunFor(kMillisecond);
-    for (int iTurn = 0; iTurn < 3; ++iTurn) {
-        const Microseconds start = host.Now();
-        EXPECT_EQ(comms->ReadData(strData), 0);
-        EXPECT_EQ(strData, "");
-        EXPECT_GE(host.Now() - start, 10 * kMillisecond);
-    }
-}
-
-TEST_F(TSocketCommsTest, ReadDataRepeatsOnALostConnectionUntilAReadSucceeds) {
-    ConnectToPeer();
-    host.network.SetLastError(10054);
-    host.At(60 * kSecond, [this] { Feed("late"); });
-    const Microseconds start = host.Now();
-    EXPECT_EQ(comms->ReadData(strData), 0);
-    EXPECT_EQ(strData, "late");
-    EXPECT_GE(host.Now() - start, 60 * kSecond);
-    ExpectError(1000006, "Failed reading from socket - WSA Error Code=10054 WSA Error Message=");
-    // Idle: a hundred turns a second, each of them pumping.
-    EXPECT_GE(host.nPumps(), 5900);
-    EXPECT_LE(host.nPumps(), 6001);
-}
-
-TEST_F(TSocketCommsTest, ReadDataRepeatsOnAFailedQueryWithoutATextOfItsOwn) {
-    ConnectToPeer();
-    Feed("x");
-    host.FailNext(Op::BytesWaiting, {.lLastError = 10022}, 3);
-    EXPECT_EQ(comms->ReadData(strData), 0);
-    EXPECT_EQ(strData, "x");
-    EXPECT_EQ(host.nPumps(), 4);
-    ExpectError(0, "");
-}
-
-TEST_F(TSocketCommsTest, ReadDataHasNoEndOnALineThatStaysLost) {
-    ConnectToPeer();
-    host.network.SetLastError(10050);
-    host.SetBudget(20000);
-    const Microseconds start = host.Now();
-    EXPECT_EQ(comms->ReadData(strData), 1);
-    EXPECT_TRUE(host.BudgetExceeded());
-    host.ForgiveOverrun();
-    // It took the whole budget, and idled: fewer than 500 calls a second.
-    EXPECT_GT(host.Now() - start, 40 * kSecond);
-}
-
-// ReadCharacter.
-
-TEST_F(TSocketCommsTest, ReadCharacterTakesOneByte) {
-    ConnectToPeer();
-    Feed("\0b"s);
-    EXPECT_EQ(comms->ReadCharacter(strData), 0);
-    EXPECT_EQ(strData, "\0"s);
-    EXPECT_EQ(comms->ReadCharacter(strData), 0);
-    EXPECT_EQ(strData, "b");
-    EXPECT_EQ(host.nPumps(), 2);
-    ExpectError(0, "");
-}
-
-TEST_F(TSocketCommsTest, ReadCharacterWaitsForAByteHoweverLongItTakes) {
-    ConnectToPeer();
-    peer->PushAt(3600 * kSecond, "x");
-    const Microseconds start = host.Now();
-    EXPECT_EQ(comms->ReadCharacter(strData), 0);
-    EXPECT_EQ(strData, "x");
-    EXPECT_GE(host.Now() - start, 3600 * kSecond);
-    // The text of the turns that found nothing stays.
-    ExpectError(1000010, "Failed reading 1 byte from socket");
-    EXPECT_GE(host.nPumps(), 359000);
-    EXPECT_LE(host.nPumps(), 360001);
-}
-
-TEST_F(TSocketCommsTest, AByteCutsThePauseOfReadCharacterShort) {
-    ConnectToPeer();
-    peer->PushAt(3 * kMillisecond, "x");
-    const Microseconds start = host.Now();
-    EXPECT_EQ(comms->ReadCharacter(strData), 0);
-    EXPECT_LT(host.Now() - start, 4 * kMillisecond);
-}
-
-TEST_F(TSocketCommsTest, ReadCharacterRepeatsOnALostConnection) {
-    ConnectToPeer();
-    host.network.SetLastError(10053);
-    host.At(kSecond, [this] { Feed("x"); });
-    EXPECT_EQ(comms->ReadCharacter(strData), 0);
-    EXPECT_EQ(strData, "x");
-    ExpectError(1000006, "Failed reading from socket - WSA Error Code=10053 WSA Error Message=");
-    EXPECT_GE(host.nPumps(), 99);
-    EXPECT_LE(host.nPumps(), 101);
-}
-
-// Catch-alls.
-
-TEST_F(TSocketCommsTest, AChannelThatWasNeverConnectedFailsToReadAndWrite) {
-    EXPECT_EQ(comms->WriteData("x"), 1);
-    ExpectError(1000000, "TSocketComms.WriteData() Failed - Object not set");
-    EXPECT_EQ(comms->ReadData(strData), 1);
-    ExpectError(1000000, "TSocketComms.ReadData() Failed - Object not set");
-    EXPECT_EQ(comms->ReadCharacter(strData), 1);
-    ExpectError(1000000, "TSocketComms.ReadCharacter() Failed - Object not set");
-}
-
-TEST_F(TSocketCommsTest, ADisconnectedChannelFailsToReadAndWrite) {
-    ConnectToPeer();
-    EXPECT_EQ(comms->Disconnect(), 0);
-    EXPECT_EQ(comms->WriteData("x"), 1);
-    ExpectError(1000000, "TSocketComms.WriteData() Failed - Object not set");
+    ThrowingSockets throwing;
+    Host bad{host.clock, throwing, host.files, host.profileStrings, host.processes};
+    const ScopedHost scoped(bad);
+    EXPECT_EQ(comms->WriteData("x\0y"s), 1);
+    ExpectError(1000000, "TSocket.Send() Failed - Device I/O error Data=x\0y"s);
 }
 
 TEST_F(TSocketCommsTest, AChannelWhoseConnectFailedFailsToWrite) {
     EXPECT_EQ(Connect(), 1);
     EXPECT_EQ(comms->WriteData("x"), 1);
     ExpectError(-1, "Failed sending data to socket Data=x");
-}
-
-TEST_F(TSocketCommsTest, AFailureInAnEventEndsTheReadInItsCatchAll) {
-    ConnectToPeer();
-    host.OnPump([] { throw RuntimeFailure(FailureKind::TypeMismatch); });
-    EXPECT_EQ(comms->ReadData(strData), 1);
-    ExpectError(1000000, "TSocketComms.ReadData() Failed - Type mismatch");
-    EXPECT_EQ(comms->ReadCharacter(strData), 1);
-    ExpectError(1000000, "TSocketComms.ReadCharacter() Failed - Type mismatch");
 }
 
 TEST_F(TSocketCommsTest, ARunTimeFailureOfTheSocketUsesUpAnAttempt) {
