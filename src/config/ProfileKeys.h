@@ -9,7 +9,8 @@
 
 namespace brennik {
 
-struct ProfileValues {
+/// In the order of the keys, which is worth more here than a few bytes of padding.
+struct ProfileValues { // NOLINT(clang-analyzer-optin.performance.Padding)
     std::string strProfileName;
     int32_t lOperatingMode = 0; ///< 0 TCP client, 1 serial client, 2 and 3 pass-through
     bool bPedDownload = false;
