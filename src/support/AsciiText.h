@@ -44,6 +44,14 @@ inline std::string Trim(std::string_view strText) {
     return std::string(TrimmedView(strText));
 }
 
+/// The folder text with a backslash at its end, as names are joined to it.
+inline std::string WithTrailingBackslash(std::string strFolder) {
+    if (!strFolder.ends_with('\\')) {
+        strFolder += '\\';
+    }
+    return strFolder;
+}
+
 /// The decimal text of a whole number: no leading zeros, "-" in front of one below 0.
 template <std::integral Number>
 std::string ToDecimal(Number value) {

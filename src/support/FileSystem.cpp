@@ -249,14 +249,11 @@ bool FileSystem::DeleteFilesInFolderByDay(const std::string& strFolder,
 // Text files.
 
 int32_t FileSystem::GetFileHandle() {
-    size_t nSlot = 0;
-    while (nSlot < streams_.size() && streams_[nSlot].stream != nullptr) {
-        ++nSlot;
-    }
-    if (nSlot == streams_.size()) {
+    // Only the last slot can lack a stream: that of an open that failed.
+    if (streams_.empty() || streams_.back().stream != nullptr) {
         streams_.emplace_back();
     }
-    return Narrow<int32_t>(nSlot + 1);
+    return Narrow<int32_t>(streams_.size());
 }
 
 TextStream& FileSystem::StreamOf(int32_t lHandle) {
