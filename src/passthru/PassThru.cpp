@@ -1,3 +1,4 @@
+#include "config/ProfileLogging.h"
 #include "config/TBrennikClientConfig.h"
 #include "session/TBrennikProtocol.h"
 #include "support/AsciiText.h"
@@ -12,9 +13,7 @@ int32_t TBrennikProtocol::DoBrennikPassThruProtocol(TBrennikClientConfig& oConfi
         error_, "TBrennikProtocol.DoBrennikPassThruProtocol() Failed - ", 1, [&]() -> int32_t {
             oConfig_ = &oConfig;
             TFLClientLog oLog;
-            oLog.InitialiseLogging(oConfig.strLogFilePath(), oConfig.strLogFileName(),
-                                   oConfig.bLoggingEnabled(), oConfig.bLogControlPackets(),
-                                   oConfig.bLogProcessingPackets());
+            InitialiseLoggingFromProfile(oLog, oConfig);
             LogRunHeader(oLog, lProfileId);
             error_.Set(kUnexpectedFailure,
                        "TBrennikProtocol.DoBrennikPassThruProtocol() Failed - This build has no "

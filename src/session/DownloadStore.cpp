@@ -1,3 +1,4 @@
+#include "config/OperatingMode.h"
 #include "config/TBrennikClientConfig.h"
 #include "link/CommsErrors.h"
 #include "platform/Host.h"
@@ -11,8 +12,6 @@ namespace brennik {
 
 namespace {
 
-constexpr int32_t kModeTcpClient = 0;
-constexpr int32_t kNoFile = -1;
 constexpr int16_t kOpenToWrite = 1;
 constexpr int16_t kOpenToAppend = 2;
 constexpr int32_t kZerosOnTheLeft = 2;
@@ -38,13 +37,8 @@ bool IsAbsoluteForm(const std::string& strName) {
         return false;
     if (strName.front() == '/' || strName.front() == '\\')
         return true;
-    return strName.size() >= 2 && strName[1] == ':';
-}
-
-std::string WithTrailingBackslash(std::string strFolder) {
-    if (strFolder.empty() || strFolder.back() != '\\')
-        strFolder += '\\';
-    return strFolder;
+    const char cDrive = UpperCase(strName.front());
+    return strName.size() >= 2 && strName[1] == ':' && cDrive >= 'A' && cDrive <= 'Z';
 }
 
 // "YYYYMMDD-HHMMSS\", the folder of one attempt.
@@ -128,6 +122,8 @@ bool TBrennikProtocol::OpenDownloadFile(TBrennikPacket& oPacket, bool bResume) {
                 SetError(error_, CommsErrors::kOpenFile, " : " + strCurrentFolder_);
                 return false;
             }
+            // A file that the far end never closed would keep its descriptor to the end of the run.
+            oFileSystem_->CloseFile(lFileHandle_);
             lFileHandle_ = lHandle;
             BeginFile(oPacket);
             return true;
@@ -156,7 +152,6 @@ bool TBrennikProtocol::ChangeDriveFolder(const TBrennikPacket& oPacket) {
     return true;
 }
 
-// Makes the current folder unless it stands. strLevel is the level of it that the far end named.
 bool TBrennikProtocol::EnterCurrentFolder(const std::string& strLevel) {
     // A lone "\" is an empty level; with anything behind it, it would be a place of its own.
     const bool bAbsolute = strLevel != "\\" && IsAbsoluteForm(strLevel);

@@ -268,12 +268,10 @@ void TBrennikPacket::BreakOutDateAndTime(std::string_view strDateAndTime) {
     iSecond_ = part(12, 2);
 }
 
-// Number and text are meant to be assigned crosswise: the number becomes the text, and the text is
-// to become the number, which it can't. Callers and logs know this outcome: the catch-all of the
-// operation with a type mismatch, and never the number itself.
+// Number and text of this failure are meant to be assigned crosswise: the number becomes the text,
+// and the text is to become the number, which it can't. What callers and logs know is therefore
+// the catch-all of the operation with a type mismatch, and never the number itself.
 void TBrennikPacket::RefuseLength() {
-    const std::string strCrossed = ToDecimal(CommsErrors::kInvalidPacketLength.lErrorCode);
-    error_.Set(ParseNumber<int32_t>(CommsErrors::kInvalidPacketLength.strText), strCrossed);
     throw RuntimeFailure(FailureKind::TypeMismatch);
 }
 
@@ -321,7 +319,7 @@ int32_t TBrennikPacket::BreakOutWriteDataPacket(std::string_view strPacket) {
 int32_t TBrennikPacket::BreakOutSingleFieldPacket(std::string_view strPacket,
                                                   BrennikPacketType type) {
     return GuardedWithCode(error_, "TBrennikPacket.BreakOutSingleFieldPacket() Failed - ", 1, [&] {
-        strData_ = strPacket.substr(strPacket.empty() ? 0 : 1);
+        strData_ = strPacket.substr(1);
         if (type == BrennikPacketType::ConfigVariable) {
             for (char& c : strData_) {
                 if (c == kConfigSeparator)

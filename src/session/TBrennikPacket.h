@@ -34,6 +34,8 @@ inline constexpr char kConfigSeparator = '\x1C';
 
 class TBrennikPacket {
   public:
+    // What a failed build leaves in strPacket is of no meaning.
+
     /// The first packet of a client session: one CSV record of 12 fields, or of 10, without the
     /// titles, when bOstrandBrennikService is false. 0 success, 1 failure.
     [[nodiscard]] int32_t BuildDownloadRequestPacket(
@@ -43,7 +45,7 @@ class TBrennikPacket {
         const std::string& strReleaseTitle, bool bOstrandBrennikService, std::string& strPacket);
 
     /// Always 0.
-    int32_t BuildSessionSuccessfulPacket(std::string& strPacket);
+    [[nodiscard]] int32_t BuildSessionSuccessfulPacket(std::string& strPacket);
 
     /// The position, counted from 1, of the next byte that a device wants of a file that it holds
     /// in part, out of its resume reply with the framing bytes still in it; 0 when the packet is
@@ -51,6 +53,7 @@ class TBrennikPacket {
     /// bits as an Overflow: this operation has no catch-all, its caller has.
     int32_t ExtractResumePosition(std::string_view strPacket);
 
+    /// The type that the first byte tells, in either case; Unknown for an empty packet.
     BrennikPacketType GetPacketType(std::string_view strPacket) const;
 
     /// Fills the properties below from the packet. 0 success, 1 failure. The fields of the packet's

@@ -24,7 +24,7 @@ class TConnectionInfo;
 class TFLClientLog;
 class TIsoProtocol;
 
-/// What lCurrentState tells the status window; the numbers are its table's.
+/// What lCurrentState tells the status window, which knows each state by its number.
 enum class BrennikState : int32_t {
     Idle = 0,
     ProcessingSetTime = 1,
@@ -47,7 +47,7 @@ class TBrennikProtocol {
     TBrennikProtocol& operator=(const TBrennikProtocol&) = delete;
 
     /// Does one whole run of the profile in oConfig, which is borrowed from the caller until the
-    /// engine is gone. strConfigFileLoc is the folder of the configuration file, lProfileId the
+    /// run has ended. strConfigFileLoc is the folder of the configuration file, lProfileId the
     /// profile's number for the log. 0 success; 1 failure, told by strErrorMessage and lErrorCode.
     [[nodiscard]] int32_t DoBrennikProtocol(TBrennikClientConfig& oConfig,
                                             const std::string& strConfigFileLoc,
@@ -90,16 +90,29 @@ class TBrennikProtocol {
         std::string strFilename;
     };
 
-    // ClientSession.cpp
-    int32_t RunClientSession(TBrennikClientConfig& oConfig, int32_t lProfileId);
-    bool PrepareSession(TCommsChannel& oChannel, TIsoProtocol& oLink, TFLClientLog& oLog,
-                        std::string& strRequest);
-    int32_t HoldSession(TIsoProtocol& oLink, TFLClientLog& oLog, const std::string& strRequest);
-    int32_t RunPacketLoop(TIsoProtocol& oLink, TFLClientLog& oLog);
-    bool ActOnPacket(TBrennikPacket& oPacket, std::string_view strPacket, TFLClientLog& oLog,
-                     bool& bDone);
-    bool ProcessSetPasswordPacket();
-    bool ProcessSetTimePacket();
+    static constexpr int32_t kNoFile = -1;
+
+    // ClientSession.cpp. Those that give a bool give true for success; a failure stands in error_.
+
+    /// The whole session in mode 0 or 1: 0 or 1.
+    [[nodiscard]] int32_t RunClientSession(TBrennikClientConfig& oConfig, int32_t lProfileId);
+
+    /// All that comes before the first byte on the wire, up to an open channel and a built request.
+    [[nodiscard]] bool PrepareSession(TCommsChannel& oChannel, TIsoProtocol& oLink,
+                                      TFLClientLog& oLog, std::string& strRequest);
+
+    /// From the far end's ENQ to the end of the packet loop, with the file closed: 0 or 1.
+    [[nodiscard]] int32_t HoldSession(TIsoProtocol& oLink, TFLClientLog& oLog,
+                                      const std::string& strRequest);
+
+    /// Reads and acts until a success, a failure or a cancel: 0 for a success packet, else 1.
+    [[nodiscard]] int32_t RunPacketLoop(TIsoProtocol& oLink, TFLClientLog& oLog);
+
+    /// Acts on one packet that was broken out; bDone is set by a success packet.
+    [[nodiscard]] bool ActOnPacket(TBrennikPacket& oPacket, std::string_view strPacket,
+                                   TFLClientLog& oLog, bool& bDone);
+    [[nodiscard]] bool ProcessSetPasswordPacket();
+    [[nodiscard]] bool ProcessSetTimePacket();
 
     /// The first lines of every run's log.
     void LogRunHeader(TFLClientLog& oLog, int32_t lProfileId) const;
@@ -109,23 +122,39 @@ class TBrennikProtocol {
     static void LoadConnectionInfo(const TBrennikClientConfig& oConfig, TConnectionInfo& oConnInfo,
                                    bool bServer);
 
-    // DownloadStore.cpp: true for success; a failure stands in error_.
-    bool WriteToConfigSysFile(TBrennikPacket& oPacket);
-    bool OpenDownloadFile(TBrennikPacket& oPacket, bool bResume);
-    bool ChangeGroupFolder(const TBrennikPacket& oPacket);
-    bool ChangeDriveFolder(const TBrennikPacket& oPacket);
-    bool EnterCurrentFolder(const std::string& strLevel);
+    // DownloadStore.cpp. Those that give a bool give true for success; a failure stands in error_.
+
+    /// Adds the packet's variable as one line to "config.sys" of the current folder.
+    [[nodiscard]] bool WriteToConfigSysFile(TBrennikPacket& oPacket);
+
+    /// Opens the file that the packet names, emptied or (bResume) to be appended to, or changes the
+    /// folder when it names a pseudo-file.
+    [[nodiscard]] bool OpenDownloadFile(TBrennikPacket& oPacket, bool bResume);
+    [[nodiscard]] bool ChangeGroupFolder(const TBrennikPacket& oPacket);
+    [[nodiscard]] bool ChangeDriveFolder(const TBrennikPacket& oPacket);
+
+    /// Makes the current folder unless it stands; strLevel is the level of it that the far end
+    /// named, and must not lead out of the base folder.
+    [[nodiscard]] bool EnterCurrentFolder(const std::string& strLevel);
     void BeginFile(const TBrennikPacket& oPacket);
-    bool WriteToDownloadFile(TBrennikPacket& oPacket);
-    bool CloseDownloadFile();
-    int32_t InitialiseFolders();
-    bool DeleteFolderIfThere(const std::string& strFolder);
-    bool CreateFolderOrFail(const std::string& strFolder);
+
+    /// Adds the packet's data to the open file and counts the length that it states.
+    [[nodiscard]] bool WriteToDownloadFile(TBrennikPacket& oPacket);
+
+    /// Closes the open file, if any.
+    [[nodiscard]] bool CloseDownloadFile();
+
+    /// Prepares the folders of this attempt, wiping what the profile says: 0 or 1.
+    [[nodiscard]] int32_t InitialiseFolders();
+    [[nodiscard]] bool DeleteFolderIfThere(const std::string& strFolder);
+    [[nodiscard]] bool CreateFolderOrFail(const std::string& strFolder);
+
+    /// Records a finished file, but no pseudo-file.
     void AddToDownloadArray(const std::string& strFolder, const std::string& strFilename);
 
     ErrorState error_;
     std::unique_ptr<FileSystem> oFileSystem_;
-    int32_t lFileHandle_;
+    int32_t lFileHandle_ = kNoFile;
     std::string strDownloadFileName_;
     int32_t lDownloadFileSize_ = 0;
     int32_t lFileBytesDownloaded_ = 0;
@@ -135,7 +164,7 @@ class TBrennikProtocol {
     std::string strBaseFolder_;
     std::string strDriveFolder_;
     std::string strGroupFolder_;
-    TBrennikClientConfig* oConfig_ = nullptr; // the caller's
+    TBrennikClientConfig* oConfig_ = nullptr; // the caller's, for the length of a run
     bool bCancelComms_ = false;
     std::vector<DownloadRecord> downloads_;
     int32_t lNumFilesDownloaded_ = 0;

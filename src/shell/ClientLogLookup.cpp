@@ -62,9 +62,7 @@ std::optional<std::string> IdentityIn(const std::string& strLine) {
 void GetTerminalIdFromClientLog(const std::string& strLogFolder, std::string& strTerminalId) {
     strTerminalId.clear();
     Quietly([&] {
-        std::string strFolder = strLogFolder;
-        if (strFolder.empty() || strFolder.back() != '\\')
-            strFolder += '\\';
+        const std::string strFolder = WithTrailingBackslash(strLogFolder);
         FileSystem oFileSystem;
         std::vector<std::string> strFiles;
         if (oFileSystem.GetFilesInFolder(strFiles, strFolder, "*flclient*") != 0)
@@ -73,7 +71,9 @@ void GetTerminalIdFromClientLog(const std::string& strLogFolder, std::string& st
             oFileSystem.OpenFile(strFolder + NewestOf(oFileSystem, strFolder, strFiles), 0);
         if (lHandle < 0)
             return;
-        // An unknown handle is at its end, so that a failed open ends here as well.
+        // The first login counts, although later ones are newer, and ends the search even without
+        // an id: it is meant so. An unknown handle is at its end, so that a failed open ends here
+        // as well, and so does a read that fails, which would fail again for ever.
         std::optional<std::string> strIdentity;
         while (!strIdentity && !oFileSystem.Eof(lHandle)) {
             std::string strLine;

@@ -1,5 +1,6 @@
 // Finds options in the raw command line: one string, searched as it stands, so that an option is
-// found wherever its exact text occurs, inside a quoted value too. Plain text work.
+// found wherever its exact text occurs, inside a quoted value too. Text work, but for the events
+// that are pumped inside quotes; tests use it as it is.
 #pragma once
 
 #include <cstdint>

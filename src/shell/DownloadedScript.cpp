@@ -1,6 +1,8 @@
+#include "config/ProfileLogging.h"
 #include "config/TBrennikClientConfig.h"
 #include "platform/Host.h"
 #include "shell/BrennikClnt.h"
+#include "support/AsciiText.h"
 #include "support/Failure.h"
 #include "support/FileSystem.h"
 #include "support/TFLClientLog.h"
@@ -50,15 +52,14 @@ void WaitForProcess(int32_t lProcessId) {
     CurrentHost().processes.WaitForExit(lProcessId);
 }
 
-void RunScriptIn(std::string strFolder, TFLClientLog& olog) {
+void RunScriptIn(const std::string& strBaseFolder, TFLClientLog& olog) {
     const std::string strScriptFileName = oConfig->strScriptFileName();
     olog.Logit("Client configured script filename=" + strScriptFileName, false);
     if (strScriptFileName.empty()) {
         olog.Logit("Invalid script filename - aborting script file processing.", true);
         return;
     }
-    if (strFolder.empty() || strFolder.back() != '\\')
-        strFolder += '\\';
+    const std::string strFolder = WithTrailingBackslash(strBaseFolder);
     const std::string strPath = strFolder + strScriptFileName;
     FileSystem oFileSystem;
     if (!oFileSystem.FileExists(strPath)) {
@@ -80,9 +81,7 @@ void RunDownloadedScript(const std::string& strFolder) {
         if (!oConfig->bExecuteScriptFile())
             return;
         TFLClientLog olog;
-        olog.InitialiseLogging(oConfig->strLogFilePath(), oConfig->strLogFileName(),
-                               oConfig->bLoggingEnabled(), oConfig->bLogControlPackets(),
-                               oConfig->bLogProcessingPackets());
+        InitialiseLoggingFromProfile(olog, *oConfig);
         olog.Logit("Starting downloaded script file processing", false);
         RunScriptIn(strFolder, olog);
         olog.Logit("Finished downloaded script file processing", false);

@@ -9,8 +9,8 @@
 // The exit status is 0 whatever happened: who runs the program unattended reads the session log.
 int main(int argc, char** argv) {
     brennik::OpenStandardStreams();
-    const std::string strCommandLine =
-        brennik::CommandLineFromArguments(std::vector<std::string>(argv + 1, argv + argc));
+    const std::vector<std::string> strArguments(argv + (argc > 0 ? 1 : 0), argv + argc);
+    const std::string strCommandLine = brennik::CommandLineFromArguments(strArguments);
     if (!strCommandLine.empty())
         brennik::CancelRunOnSignals();
     brennik::Main(strCommandLine);

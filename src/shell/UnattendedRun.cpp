@@ -1,5 +1,6 @@
 #include "shell/UnattendedRun.h"
 
+#include "config/OperatingMode.h"
 #include "config/TBrennikClientConfig.h"
 #include "platform/Host.h"
 #include "platform/StopRequest.h"
@@ -10,8 +11,6 @@
 namespace brennik {
 
 namespace {
-
-constexpr int32_t kModeTcpClient = 0;
 
 // The first of the three ways that gives a terminal id; empty when none does.
 std::string TerminalIdOf(const UnattendedOptions& options) {
@@ -44,6 +43,7 @@ void RunUnattended(const UnattendedOptions& options, int32_t lRunProfileId) {
     static_cast<void>(oConfig->GetConfiguration(strFolder, lRunProfileId));
 
     const int32_t lResult = oProtocol->DoBrennikProtocol(*oConfig, strFolder, lRunProfileId);
+    // The base folder, although files may have gone into folders of it: it is meant so.
     if (lResult == 0 && oConfig->lOperatingMode() == kModeTcpClient &&
         oConfig->bExecuteScriptFile())
         RunDownloadedScript(oProtocol->strBaseFolder());

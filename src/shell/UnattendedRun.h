@@ -1,5 +1,6 @@
 // One profile, run from start to end without a window. Its only trace is the session log and, for
-// the options given, the configuration file. Works on the shell's oConfig and oProtocol.
+// the options given, the configuration file. Works on the shell's oConfig and oProtocol,
+// over the current host, which tests replace.
 #pragma once
 
 #include <cstdint>

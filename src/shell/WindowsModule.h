@@ -1,5 +1,5 @@
 // The door to the windows. This build has none: a window that must open is told of in one line on
-// stderr, and the usage text goes to stdout.
+// stderr, and the usage text goes to stdout. Tests capture both streams.
 #pragma once
 
 #include <string>
