@@ -39,6 +39,8 @@ ProgramRun::ProgramRun(const std::vector<std::string>& arguments,
     for (const std::string& strArgument : arguments)
         argv.push_back(const_cast<char*>(strArgument.c_str()));
     argv.push_back(nullptr);
+    // Opened first, so that a child that gives its rights away can still become the program.
+    const int program = open(argv[0], O_RDONLY | O_CLOEXEC);
     pid_ = fork();
     if (pid_ == 0) {
         dup2(open("/dev/null", O_RDONLY), 0);
@@ -46,9 +48,10 @@ ProgramRun::ProgramRun(const std::vector<std::string>& arguments,
         dup2(open(strErr.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600), 2);
         if (inChild)
             inChild();
-        execv(argv[0], argv.data());
+        fexecve(program, argv.data(), environ);
         _exit(127);
     }
+    close(program);
 }
 
 ProgramRun::~ProgramRun() {
