@@ -1,17 +1,10 @@
-// A limit on single allocations of this test program, so that running out of memory can be tested.
-// While one stands, every request of that many bytes or more fails as it does for real.
+// The limit on single allocations under the name that the tests of this room know it by.
 #pragma once
 
-#include <cstddef>
+#include "tests/world/AllocationLimit.h"
 
 namespace brennik::configtest {
 
-class AllocationLimit {
-  public:
-    explicit AllocationLimit(size_t nBytes);
-    ~AllocationLimit();
-    AllocationLimit(const AllocationLimit&) = delete;
-    AllocationLimit& operator=(const AllocationLimit&) = delete;
-};
+using world::AllocationLimit;
 
 } // namespace brennik::configtest

@@ -339,74 +339,6 @@ TEST_F(ClientSession, TellsThatThisBuildHasNoSerialClient) {
     EXPECT_EQ(File("/srv/pos/keep.txt"), "kept") << "nothing is wiped for a run that can't be";
 }
 
-// ---- Cancel: asked for by a flag, acted on at the head of the loop.
-
-TEST_F(ClientSession, CancelBeforeTheLoopEndsItWithoutReadingAPacket) {
-    Say({"S"});
-    peer.OnConnect = [&] {
-        engine->bCancelComms(true);
-        peer.Push(kEnq);
-    };
-    EXPECT_EQ(Run(), 1);
-    ExpectFailure(1000031, "Communications aborted by user");
-    EXPECT_TRUE(engine->bCancelComms());
-    // The request went out and was acknowledged; the packet behind it was not.
-    EXPECT_EQ(peer.Received(), Frame("VFI,VX520,XDL,F,APP,T1,EPROM,1024,4096,PT1,RELEASE,CONFIG"));
-    EXPECT_EQ(peer.nDisconnected(), 1);
-}
-
-TEST_F(ClientSession, CancelInAFileClosesItAndSendsNothingMore) {
-    Say({Open("part", 9), Write("abc"), Write("def"), "C", "S"});
-    onPayload = [&](size_t nIndex) {
-        if (nIndex == 2)
-            engine->bCancelComms(true);
-    };
-    EXPECT_EQ(Run(), 1);
-    ExpectFailure(1000031, "Communications aborted by user");
-    // The flag is looked at once the read under way has returned: that packet is still taken.
-    EXPECT_EQ(File("/srv/pos/part"), "abcdef");
-    EXPECT_EQ(engine->lNumFilesDownloaded(), 0);
-    EXPECT_EQ(host.files.nOpenStreams(), 0);
-    EXPECT_EQ(peer.Received().substr(peer.Received().size() - 3), kAck + kAck + kAck);
-}
-
-TEST_F(ClientSession, CancelTurnsASuccessIntoAFailure) {
-    Say({"S"});
-    onPayload = [&](size_t) { engine->bCancelComms(true); };
-    EXPECT_EQ(Run(), 1);
-    ExpectFailure(1000031, "Communications aborted by user");
-}
-
-TEST_F(ClientSession, CancelOverwritesAFailureOfTheSamePass) {
-    Say({"U"});
-    onPayload = [&](size_t) { engine->bCancelComms(true); };
-    EXPECT_EQ(Run(), 1);
-    ExpectFailure(1000031, "Communications aborted by user");
-}
-
-TEST_F(ClientSession, CancelDuringASilentReadTakesEffectWhenTheReadReturns) {
-    Say({});
-    host.At(5000000, [&] { engine->bCancelComms(true); });
-    const auto begin = host.Now();
-    EXPECT_EQ(Run(), 1);
-    ExpectFailure(1000031, "Communications aborted by user");
-    EXPECT_GE(host.Now() - begin, 6000000);
-}
-
-TEST_F(ClientSession, CancelDuringTheWaitForEnqDoesNotHideItsFailure) {
-    peer.OnConnect = nullptr;
-    host.At(1000000, [&] { engine->bCancelComms(true); });
-    EXPECT_EQ(Run(), 1);
-    ExpectFailure(1000012, "Failed reading ENQ character");
-}
-
-TEST_F(ClientSession, PumpsEventsAfterEachPacketTheLastIncluded) {
-    Say({"MHi", "S"});
-    ASSERT_EQ(Run(), 0);
-    const auto nPumps = host.nPumps();
-    EXPECT_GE(nPumps, 6);
-}
-
 // ---- Run-time failures end the run at once.
 
 TEST_F(ClientSession, EndsAtOnceOnARunTimeFailureWithoutDisconnectAndLog) {
@@ -527,6 +459,10 @@ TEST_F(ClientSession, FillsTheConnectionFromTheKeysOfTheSide) {
     EXPECT_EQ(oConnInfo.lBaudRate(), 115200);
     EXPECT_EQ(oConnInfo.lConnectTimeout(), 22);
     EXPECT_FALSE(oConnInfo.bBlockedSocket());
+    config.bServerBlockedSocket(false);
+    config.bClientBlockedSocket(true);
+    TBrennikProtocolTestAccess::LoadConnectionInfo(config, oConnInfo, false);
+    EXPECT_TRUE(oConnInfo.bBlockedSocket());
     EXPECT_EQ(oConnInfo.strIPAddress1() + oConnInfo.strIPAddress2() + oConnInfo.strIPAddress3(),
               "c1c2c3");
     EXPECT_EQ(oConnInfo.lIPPortNo1(), 4);

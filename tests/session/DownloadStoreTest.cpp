@@ -1,3 +1,4 @@
+#include "tests/session/Contents.h"
 #include "tests/session/SessionWorld.h"
 
 #include <gtest/gtest.h>
@@ -123,7 +124,7 @@ TEST_F(DownloadStore, DoesNotLookAtAFailedCreationOfTheEmptiedWorkingFolder) {
 
 TEST_F(DownloadStore, TouchesNothingForDangerousWorkingFolders) {
     host.files.Put("/home/user/letter.txt", "mine");
-    const Strings before = host.files.Tree("/");
+    const auto before = Contents(host.files);
     for (const char* folder : {"", "\\", "/", "C:\\", "C:", "/home/user", "/home", "\\home\\",
                                "/opt/brennik", "/opt", "C:\\home\\user\\"}) {
         host.files.Remove("/log/session.log");
@@ -136,20 +137,21 @@ TEST_F(DownloadStore, TouchesNothingForDangerousWorkingFolders) {
                 : folder;
         EXPECT_EQ(engine->strErrorMessage(), "Failed deleting folder. : " + strFolder) << folder;
         host.files.Remove("/log/session.log");
-        EXPECT_EQ(host.files.Tree("/"), before) << folder;
+        EXPECT_EQ(Contents(host.files), before) << folder;
     }
     EXPECT_EQ(peer.nConnections(), 0);
 }
 
 TEST_F(DownloadStore, TouchesNothingForAnUnknownProfile) {
+    host.files.Put("/home/user/letter.txt", "mine");
     TBrennikClientConfig unknown;
     ASSERT_EQ(unknown.GetConfiguration("/config", 99), 0);
-    const Strings before = host.files.Tree("/");
+    const auto before = Contents(host.files);
     TBrennikProtocol oProtocol;
     EXPECT_EQ(oProtocol.DoBrennikProtocol(unknown, "/config", 99), 1);
     EXPECT_EQ(oProtocol.lErrorCode(), 1000029);
     EXPECT_EQ(oProtocol.strErrorMessage(), "Failed deleting folder. : \\");
-    EXPECT_EQ(host.files.Tree("/"), before);
+    EXPECT_EQ(Contents(host.files), before);
 }
 
 // ---- Opening.

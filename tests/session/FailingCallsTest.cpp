@@ -8,11 +8,13 @@
 #include <map>
 #include <memory>
 #include <string>
+#include <vector>
 
 namespace brennik::session {
 namespace {
 
 using world::kSecond;
+using world::Op;
 
 // A whole session with everything in it, in a host of its own, in which the nth call that can fail
 // does so. 0 fails none.
@@ -120,6 +122,82 @@ TEST_P(FailingCalls, EachInTurnEndsTheSessionAsLaidDown) {
 
 // The numbers of a lost connection, which the reads look for, and one of no meaning.
 INSTANTIATE_TEST_SUITE_P(LastErrors, FailingCalls, ::testing::Values(10054, 10053, 10050, 5));
+
+// What becomes of the session when one kind of call fails, by where it fails and how often.
+struct Ending {
+    Op op;
+    int32_t nSkip;  ///< calls of that kind that pass first
+    int32_t nTimes; ///< calls that then fail
+    int32_t lLastError;
+    int32_t lResult;
+    int32_t lErrorCode;
+    std::string strText; ///< how the text begins; of failures only
+};
+
+constexpr const char* kNotMade = "Timed out waiting for connection to remote machine";
+
+const std::vector<Ending> kEndings = {
+    // A failed start goes on to the socket, which replaces its text or succeeds.
+    {Op::Startup, 0, 1, 10054, 0, 0, ""},
+    // A second attempt is allowed; only both failing fail the session.
+    {Op::Socket, 0, 1, 10054, 0, 0, ""},
+    {Op::Socket, 0, 2, 10054, 1, 1000002, "Failed to create socket"},
+    {Op::SetNonBlocking, 0, 1, 10054, 0, 0, ""},
+    {Op::SetNonBlocking, 0, 2, 10054, 1, 1000004, kNotMade},
+    {Op::Connect, 0, 1, 10061, 0, 0, ""},
+    {Op::Connect, 0, 2, 10061, 1, 1000004, kNotMade + std::string(" - WSA Error Code=10061 WSA ")},
+    {Op::SelectWritable, 0, 1, 10061, 0, 0, ""},
+    {Op::SelectWritable, 0, 2, 10061, 1, 1000004,
+     kNotMade + std::string(" - WSA Error Code=10061 WSA Error Message=")},
+    // The request can't go out; a lost ACK shows as a far end that falls silent.
+    {Op::Send, 0, 1, 10054, 1, -1, "Failed sending data to socket Data=\x02VFI,"},
+    {Op::Send, 1, 1, 5, 1, 1000011, "Timed out reading ISO packet"},
+    // A query that fails is asked again.
+    {Op::BytesWaiting, 0, 1, 5, 0, 0, ""},
+    {Op::BytesWaiting, 0, 3, 10054, 0, 0, ""},
+    // What a failed read leaves is zero bytes in the place of the first look, which are no ENQ.
+    {Op::Receive, 0, 1, 5, 0, 0, ""},
+    // The session is over when the socket closes.
+    {Op::CloseSocket, 0, 1, 10054, 0, 0, ""},
+    // The log is a witness, no part of the work.
+    {Op::AppendLine, 0, 1, 0, 0, 0, ""},
+    {Op::AppendLine, 0, 1000, 0, 0, 0, ""},
+    // A folder that seems absent isn't deleted, and then can't be made.
+    {Op::FolderExists, 0, 1, 0, 1, 1000026, "Failed creating folder : /srv/pos\\"},
+    {Op::DeleteFolder, 0, 1, 0, 1, 1000029, "Failed deleting folder. : /srv/pos\\"},
+    {Op::CreateFolder, 0, 1, 0, 1, 1000026, "Failed creating folder : /srv/pos\\"},
+    {Op::CreateFolder, 1, 1, 0, 1, 1000026, "Failed creating folder : /srv/pos\\F\\"},
+    {Op::CreateFolder, 2, 1, 0, 1, 1000026, "Failed creating folder : /srv/pos\\F\\2\\"},
+    // "config.sys" comes first, then root.txt.
+    {Op::StaysInside, 0, 1, 0, 1, 1000024, "Failed opening config system file : /srv/pos\\config."},
+    {Op::StaysInside, 1, 1, 0, 1, 1000027, "Failed opening file : /srv/pos\\"},
+    {Op::OpenText, 0, 1, 0, 1, 1000024, "Failed opening config system file : /srv/pos\\config.sys"},
+    {Op::OpenText, 1, 1, 0, 1, 1000027, "Failed opening file : /srv/pos\\"},
+    {Op::StreamWrite, 0, 1, 0, 1, 1000025, "Failed writing to config system file : data=*A=1"},
+    {Op::StreamWrite, 1, 1, 0, 1, 1000028, "Failed writing to file. : data=root"},
+    {Op::StreamClose, 0, 1, 0, 1, 1000000,
+     "TBrennikProtocol.WriteToConfigSysFile() Failed - Device I/O error"},
+    {Op::StreamClose, 1, 1, 0, 1, 1000000,
+     "TBrennikProtocol.CloseDownloadFile() Failed - Device I/O error"},
+};
+
+TEST(FailingCall, EndsTheSessionByItsKind) {
+    for (const Ending& ending : kEndings) {
+        SCOPED_TRACE(world::NameOf(ending.op) + (" after " + std::to_string(ending.nSkip)) + ", " +
+                     std::to_string(ending.nTimes) + " times");
+        Session session(0, 0);
+        session.host.FailNext(ending.op, {.lLastError = ending.lLastError}, ending.nTimes,
+                              ending.nSkip);
+        EXPECT_EQ(session.Run(), ending.lResult);
+        EXPECT_FALSE(session.host.BudgetExceeded());
+        if (ending.lResult == 0) {
+            EXPECT_EQ(session.Received(), kServed);
+        } else {
+            EXPECT_EQ(session.lErrorCode, ending.lErrorCode);
+            EXPECT_EQ(session.strErrorMessage.substr(0, ending.strText.size()), ending.strText);
+        }
+    }
+}
 
 } // namespace
 } // namespace brennik::session

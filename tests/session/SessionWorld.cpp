@@ -46,6 +46,8 @@ void SessionTest::Say(std::vector<std::string> payloads) {
 
 int32_t SessionTest::Run() {
     engine = std::make_unique<TBrennikProtocol>();
+    if (onEngine)
+        onEngine();
     const int32_t lResult = engine->DoBrennikProtocol(config, "C:\\config", 7);
     host.RunFor(world::kMillisecond); // what is still under way reaches the peer
     return lResult;

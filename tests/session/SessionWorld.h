@@ -3,7 +3,9 @@
 #pragma once
 
 #include "config/TBrennikClientConfig.h"
+#include "session/TBrennikPacket.h"
 #include "session/TBrennikProtocol.h"
+#include "support/FileSystem.h"
 #include "tests/session/Packets.h"
 #include "tests/world/SimHost.h"
 
@@ -30,6 +32,17 @@ class TBrennikProtocolTestAccess {
         oProtocol_.oTmsAppDownload_ = std::move(progress);
         oProtocol_.bTmsAppDownloadActive_ = true;
     }
+    /// Prepares the folders of the profile as the run of any mode does.
+    int32_t InitialiseFolders(TBrennikClientConfig& oConfig) {
+        oProtocol_.oFileSystem_ = std::make_unique<FileSystem>();
+        oProtocol_.oConfig_ = &oConfig;
+        return oProtocol_.InitialiseFolders();
+    }
+    bool OpenDownloadFile(TBrennikPacket& oPacket, bool bResume) {
+        return oProtocol_.OpenDownloadFile(oPacket, bResume);
+    }
+    const std::string& strDriveFolder() const { return oProtocol_.strDriveFolder_; }
+    const std::string& strGroupFolder() const { return oProtocol_.strGroupFolder_; }
     void EndTmsAppDownload() { oProtocol_.bTmsAppDownloadActive_ = false; }
 
   private:
@@ -62,6 +75,8 @@ class SessionTest : public world::WorldTest {
     TBrennikClientConfig config;
     std::unique_ptr<TBrennikProtocol> engine;
     world::ScriptedPeer& peer;
+    /// Called with the new engine in place, before it runs.
+    std::function<void()> onEngine;
     /// Called with the index of each payload before it goes out.
     std::function<void(size_t)> onPayload;
 

@@ -1,6 +1,7 @@
 #include "session/TBrennikPacket.h"
 
 #include "platform/RuntimeFailure.h"
+#include "tests/world/AllocationLimit.h"
 #include "tests/world/SimHost.h"
 
 #include <gtest/gtest.h>
@@ -31,6 +32,22 @@ class TBrennikPacketTest : public world::WorldTest {
         EXPECT_EQ(packet.BreakOutPacket(strPacket), 1);
         EXPECT_EQ(packet.strErrorMessage(),
                   "TBrennikPacket." + strOperation + "() Failed - Type mismatch");
+        EXPECT_EQ(packet.lErrorCode(), 1000000);
+    }
+
+    void ExpectNoDate() const {
+        EXPECT_EQ(packet.iYear(), 0);
+        EXPECT_EQ(packet.iMonth(), 0);
+        EXPECT_EQ(packet.iDay(), 0);
+        EXPECT_EQ(packet.iHour(), 0);
+        EXPECT_EQ(packet.iMinute(), 0);
+        EXPECT_EQ(packet.iSecond(), 0);
+    }
+
+    // A failure for want of memory, under the name of the operation.
+    void ExpectNoMemory(const std::string& strOperation) const {
+        EXPECT_EQ(packet.strErrorMessage(),
+                  "TBrennikPacket." + strOperation + "() Failed - Out of memory");
         EXPECT_EQ(packet.lErrorCode(), 1000000);
     }
 
@@ -260,9 +277,17 @@ TEST_F(TBrennikPacketTest, RefusesAnOpenFilePacketOf39BytesAndLeavesItsFieldsCle
     EXPECT_EQ(packet.lFileSize(), 0);
     EXPECT_EQ(packet.lFileType(), 0);
     EXPECT_EQ(packet.lFileChecksum(), 0);
-    EXPECT_EQ(packet.iYear(), 0);
-    EXPECT_EQ(packet.iSecond(), 0);
+    ExpectNoDate();
     EXPECT_EQ(packet.strFilename(), "");
+    EXPECT_THROW(static_cast<void>(packet.strReserved()), RuntimeFailure);
+}
+
+TEST_F(TBrennikPacketTest, ClearsTheReservedBytesOfARefusedOpenFilePacket) {
+    std::string strOpen = kOpenHeader;
+    strOpen.replace(32, 8, "00012345");
+    ASSERT_EQ(packet.BreakOutPacket(strOpen), 0);
+    ASSERT_EQ(packet.strReserved(), 12345);
+    ExpectRefusedLength(strOpen.substr(0, 39), "BreakOutOpenFilePacket");
     EXPECT_THROW(static_cast<void>(packet.strReserved()), RuntimeFailure);
 }
 
@@ -363,8 +388,7 @@ TEST_F(TBrennikPacketTest, BreaksOutATimePacketAndKeepsNothingBehindIt) {
 TEST_F(TBrennikPacketTest, RefusesATimePacketOf14BytesAndLeavesItsFieldsCleared) {
     ASSERT_EQ(packet.BreakOutPacket("T20261114234632"), 0);
     ExpectRefusedLength("T2026111423463", "BreakOutTimePacket");
-    EXPECT_EQ(packet.iYear(), 0);
-    EXPECT_EQ(packet.iSecond(), 0);
+    ExpectNoDate();
 }
 
 TEST_F(TBrennikPacketTest, BreaksOutSingleFieldsAndTurnsTheSeparatorOfVariablesAlone) {
@@ -427,10 +451,38 @@ TEST_F(TBrennikPacketTest, ThrowsOnMalformedResumeDigits) {
     EXPECT_EQ(kindOf("\x02RG1\x03"s), FailureKind::TypeMismatch);
     EXPECT_EQ(kindOf("\x02R1G\x03"s), FailureKind::TypeMismatch);
     EXPECT_EQ(kindOf("\x02R-1\x03"s), FailureKind::TypeMismatch);
+    EXPECT_EQ(kindOf("\x02R-0\x03"s), FailureKind::TypeMismatch);
+    EXPECT_EQ(kindOf("\x02R+1\x03"s), FailureKind::TypeMismatch);
+    EXPECT_EQ(kindOf("\x02R 1\x03"s), FailureKind::TypeMismatch);
+    EXPECT_EQ(kindOf("\x02R0x10\x03"s), FailureKind::TypeMismatch);
     EXPECT_EQ(kindOf("\x02\x02R\x03"s), FailureKind::TypeMismatch);
     EXPECT_EQ(kindOf("\x02R7FFFFFFF\x03"s), FailureKind::Overflow);
     EXPECT_EQ(kindOf("\x02R80000000\x03"s), FailureKind::Overflow);
     EXPECT_EQ(kindOf("\x02R123456789\x03"s), FailureKind::Overflow);
+}
+
+TEST_F(TBrennikPacketTest, TellsByTheOperationsNameWhatFailsForWantOfMemory) {
+    const std::string strLong(600000, 'n');
+    const std::string strLine = "name=" + strLong;
+    const std::string strMessage = "M" + strLong;
+    const std::string strOpen = kOpenHeader + strLong;
+    const std::string strWrite = "W\x01\x02\x01\x02\x03\x04" + strLong;
+    std::string strPacket;
+    const world::AllocationLimit limit(1 << 19);
+    EXPECT_EQ(packet.BuildDownloadRequestPacket("VX520", true, "APP", strLong, "EPROM", 1024, "PT1",
+                                                4096, "CONFIG", "RELEASE", true, strPacket),
+              1);
+    ExpectNoMemory("BuildDownloadResquestPacket"); // so misspelt
+    EXPECT_EQ(packet.BuildOpenFilePacket(strPacket, strLong, true, 1, true), 1);
+    ExpectNoMemory("BuildOpenFilePacket");
+    EXPECT_EQ(packet.BuildConfigSysPacket(strPacket, strLine), 1);
+    ExpectNoMemory("BuildConfigSysPacket");
+    EXPECT_EQ(packet.BreakOutPacket(strMessage), 1);
+    ExpectNoMemory("BreakOutSingleFieldPacket");
+    EXPECT_EQ(packet.BreakOutPacket(strOpen), 1);
+    ExpectNoMemory("BreakOutOpenFilePacket");
+    EXPECT_EQ(packet.BreakOutPacket(strWrite), 1);
+    ExpectNoMemory("BreakOutWriteDataPacket");
 }
 
 } // namespace

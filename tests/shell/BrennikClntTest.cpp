@@ -1,6 +1,7 @@
 #include "shell/BrennikClnt.h"
 
 #include "tests/shell/ShellWorld.h"
+#include "tests/world/AllocationLimit.h"
 
 #include <gtest/gtest.h>
 
@@ -94,6 +95,38 @@ TEST_F(BrennikClnt, EndsSilentlyWithoutARequiredOptionOrWithABadProfile) {
     }
 }
 
+TEST_F(BrennikClnt, RunsNoProfileWhoseNumberIsNotAboveZeroThoughItsSectionStands) {
+    for (int32_t lNumber : {0, -1}) {
+        WriteProfile(lNumber);
+        const std::string strNumber = std::to_string(lNumber);
+        RunMain("-configfiledir /config -profileid " + strNumber);
+        RunMain("-configfiledir /config -profileid \"" + strNumber + "\"");
+        EXPECT_FALSE(Ran()) << lNumber;
+        EXPECT_FALSE(host.files.Exists("/log/session.log")) << lNumber;
+    }
+    WriteProfile(2);
+    RunMain("-configfiledir /config -profileid 2");
+    EXPECT_TRUE(Ran());
+}
+
+TEST_F(BrennikClnt, TakesAConfigurationFolderWithoutAValueAsTheRoot) {
+    const std::string strIni = Ini();
+    RunMain("-configfiledir -profileid 1");
+    EXPECT_FALSE(Ran()) << "no file there";
+    host.files.Put("/BrennikClient.ini", strIni);
+    RunMain("-configfiledir -profileid 1");
+    EXPECT_TRUE(Ran());
+}
+
+TEST_F(BrennikClnt, TakesTheFirstOfTwoOptionsOfOneName) {
+    RunMain("-configfiledir /config -profileid 1 -terminalid A -terminalid B");
+    EXPECT_TRUE(IniHolds("TerminalID=A"));
+    WriteProfile(2);
+    RunMain("-configfiledir /config -profileid 99 -profileid 2 -terminalid C");
+    EXPECT_NE(Ini().find("[PROFILE_99]\r\nTerminalID=C\r\n"), std::string::npos);
+    EXPECT_EQ(peer.nConnections(), 1) << "profile 99, which is nothing, and not 2";
+}
+
 TEST_F(BrennikClnt, TakesAFolderOfSeveralWordsInQuotes) {
     host.files.Put("/two words/BrennikClient.ini", Ini());
     RunMain("-configfiledir \"/two words\" -profileid 1");
@@ -101,9 +134,19 @@ TEST_F(BrennikClnt, TakesAFolderOfSeveralWordsInQuotes) {
 }
 
 TEST_F(BrennikClnt, EndsWithoutAWordOnARunTimeFailure) {
-    host.OnPump([] { throw RuntimeFailure(FailureKind::Internal); });
-    const Output output = RunMain("-configfiledir \"/config\" -profileid \"1\"");
+    // Each half of the terminal id fits into memory, the two together don't: it fails behind the
+    // reading of the options and of the profile, where nothing but Main itself catches it.
+    const std::string strHalf(300000, 'n');
+    const std::string strLine = "-configfiledir /config -profileid 1 -comport 5 -flmerchantid " +
+                                strHalf + " -flclientid " + strHalf;
+    Output output;
+    {
+        const world::AllocationLimit limit(1 << 19);
+        EXPECT_NO_THROW(output = RunMain(strLine));
+    }
     EXPECT_EQ(output.strOut + output.strErr, "");
+    EXPECT_TRUE(IniHolds("ServerComPort=5")) << "the run had begun";
+    EXPECT_FALSE(IniHolds("TerminalID=" + strHalf + "-" + strHalf));
     EXPECT_FALSE(Ran());
 }
 

@@ -102,6 +102,44 @@ TEST_F(ClientLogLookup, GivesNothingForALogThatCannotBeOpened) {
     EXPECT_EQ(Lookup(), "");
 }
 
+TEST_F(ClientLogLookup, EndsTheSearchAtALoginWithoutAnIdentity) {
+    for (const char* identity : {"", " ", "   "}) {
+        PutLog("flclient.log", Login(identity) + "\r\n" + Login("M7,C8"), 0);
+        EXPECT_EQ(Lookup(), "") << "[" << identity << "]";
+    }
+    PutLog("flclient.log", "no login\r\n" + Login("M7,C8"), 0);
+    EXPECT_EQ(Lookup(), "M7-C8");
+}
+
+TEST_F(ClientLogLookup, CountsALogWithoutTimesAsTheOldest) {
+    PutLog("a-flclient.log", Login("a,1"), 10);
+    PutLog("b-flclient.log", Login("b,2"), 20);
+    host.FailNext(world::Op::GetTimes, {}, 1, 1); // of the second, which is newer
+    EXPECT_EQ(Lookup(), "a-1");
+    PutLog("a-flclient.log", Login("a,1"), 30);
+    host.FailNext(world::Op::GetTimes); // of the first, which is newer now
+    EXPECT_EQ(Lookup(), "b-2");
+    EXPECT_EQ(Lookup(), "a-1") << "with all times";
+}
+
+TEST_F(ClientLogLookup, GivesNothingWhenTheFolderCannotBeListed) {
+    PutLog("flclient.log", Login("M7,C8"), 0);
+    host.FailNext(world::Op::Find);
+    EXPECT_EQ(Lookup(), "");
+    EXPECT_EQ(Lookup(), "M7-C8");
+}
+
+TEST_F(ClientLogLookup, GivesNothingWhenTheLogFailsInTheMiddle) {
+    PutLog("flclient.log", "one\r\ntwo\r\n" + Login("M7,C8"), 0);
+    // Each line is a look for the end and a read: the second line's read, then its look.
+    for (int32_t nPass : {3, 2}) {
+        host.FailNext(world::Op::StreamRead, {}, 1, nPass);
+        EXPECT_EQ(Lookup(), "") << nPass;
+        EXPECT_EQ(host.files.nOpenStreams(), 0);
+    }
+    EXPECT_EQ(Lookup(), "M7-C8");
+}
+
 TEST_F(ClientLogLookup, ReadsLogsWithPlainLineEnds) {
     host.files.Put("/fl/flclient.log", "one\n" + Login("M7,C8") + "\nthree");
     EXPECT_EQ(Lookup(), "M7-C8");

@@ -103,6 +103,41 @@ TEST_F(DownloadedScript, LogsADirectoryThatCannotBeChangedTo) {
     EXPECT_EQ(host.processes.calls, (Strings{"ChangeDrive C", "ChangeDirectory C:\\srv\\pos\\"}));
 }
 
+TEST_F(DownloadedScript, RunsWithLoggingOff) {
+    oConfig->bLoggingEnabled(false);
+    RunDownloadedScript("C:\\srv\\pos\\");
+    EXPECT_EQ(host.processes.calls,
+              (Strings{"ChangeDrive C", "ChangeDirectory C:\\srv\\pos\\",
+                       "StartHidden C:\\srv\\pos\\go.sh", "WaitForExit 5001"}));
+    EXPECT_FALSE(host.files.Exists("/log/session.log"));
+}
+
+TEST_F(DownloadedScript, TakesAnEmptyFolderAsTheRootWhichHasNoDrive) {
+    RunDownloadedScript("");
+    EXPECT_EQ(Log()[2],
+              "ERROR  : Script file not found - aborting script file processing. [\\go.sh]");
+    EXPECT_EQ(Log()[3], kEnd);
+    host.files.Remove("/log/session.log");
+    host.files.Put("/go.sh", "");
+    RunDownloadedScript("");
+    EXPECT_EQ(Log()[2], "INFO   : About to shell \\go.sh");
+    EXPECT_EQ(Log()[3], "ERROR  : Unable to extract drive letter from folder. [strFolder=\\]");
+    EXPECT_TRUE(host.processes.calls.empty());
+}
+
+TEST_F(DownloadedScript, TakesAWildcardThatMatchesAsAFileThatIsThere) {
+    oConfig->strScriptFileName("*.sh");
+    RunDownloadedScript("C:\\srv\\pos\\");
+    // Only the start finds out that no file has that name, and a failed start is dropped.
+    ASSERT_EQ(host.processes.calls.size(), 3u);
+    EXPECT_EQ(host.processes.calls[2], "StartHidden C:\\srv\\pos\\*.sh");
+    EXPECT_EQ(Log().back(), "INFO   : About to shell C:\\srv\\pos\\*.sh");
+    host.processes.calls.clear();
+    oConfig->strScriptFileName("*.cmd");
+    RunDownloadedScript("C:\\srv\\pos\\");
+    EXPECT_TRUE(host.processes.calls.empty()) << "none matches";
+}
+
 TEST_F(DownloadedScript, DropsAFailedStartWithoutAWord) {
     host.FailNext(world::Op::StartHidden);
     RunDownloadedScript("C:\\srv\\pos\\");

@@ -1,5 +1,6 @@
 #include "shell/UnattendedRun.h"
 
+#include "tests/session/Contents.h"
 #include "tests/shell/ShellWorld.h"
 
 #include <gtest/gtest.h>
@@ -17,6 +18,7 @@ class UnattendedRun : public shell::ShellTest {
     /// A run of profile 1 with more options behind the required ones.
     void Run(const std::string& strOptions = "") {
         Main("-configfiledir /config -profileid 1 " + strOptions);
+        host.RunFor(world::kMillisecond); // the last answer reaches the service of this run
     }
 };
 
@@ -66,6 +68,14 @@ TEST_F(UnattendedRun, WritesTheTerminalIdAndRunsWithIt) {
     EXPECT_TRUE(IniHolds("TerminalID=T9"));
     EXPECT_NE(peer.Received().find(",T9,"), std::string::npos);
     EXPECT_EQ(Log()[3], "INFO   : Brennik Terminal Id=T9");
+}
+
+TEST_F(UnattendedRun, KeepsTheTerminalIdWhenTheGivenOneHasNoClosingQuote) {
+    const std::string strBefore = Ini();
+    Run("-terminalid \"open");
+    EXPECT_EQ(Ini(), strBefore);
+    EXPECT_EQ(Log()[3], "INFO   : Brennik Terminal Id=T1");
+    EXPECT_NE(peer.Received().find(",T1,"), std::string::npos);
 }
 
 TEST_F(UnattendedRun, PrefersTheTerminalIdToTheComposedOne) {
@@ -126,9 +136,11 @@ TEST_F(UnattendedRun, StartsTheScriptOnlyAfterASuccessInMode0ThatAsksForIt) {
     Run();
     EXPECT_TRUE(host.processes.calls.empty()) << "a failed run starts nothing";
 
+    host.files.Remove("/log/session.log");
     Serve({Open("go.sh", 0), "C", "S"});
     WriteProfile(1, {"ScriptFileName=go.sh", "ExecuteScriptFile=FALSE"});
     Run();
+    EXPECT_TRUE(Log().back().starts_with("INFO   : Connection Closed")) << "a success";
     EXPECT_TRUE(host.processes.calls.empty()) << "not asked for";
 
     for (int32_t lMode = 1; lMode <= 3; ++lMode) {
@@ -141,10 +153,30 @@ TEST_F(UnattendedRun, StartsTheScriptOnlyAfterASuccessInMode0ThatAsksForIt) {
     }
 }
 
+TEST_F(UnattendedRun, LooksForTheScriptInTheBaseFolderAfterAChangeOfGroup) {
+    WriteProfile(1, {"ScriptFileName=go.sh", "ExecuteScriptFile=TRUE"});
+    Serve({Open("go.sh", 0), "C", Open("SETGROUP.2", 0), "C", Open("other", 0), "C", "S"});
+    Run();
+    EXPECT_EQ(host.processes.calls,
+              (std::vector<std::string>{"ChangeDrive C", "ChangeDirectory C:\\srv\\pos\\",
+                                        "StartHidden C:\\srv\\pos\\go.sh", "WaitForExit 5001"}));
+
+    host.processes.calls.clear();
+    Serve({Open("SETGROUP.2", 0), "C", Open("go.sh", 0), "C", "S"});
+    Run();
+    EXPECT_TRUE(host.files.Exists("/srv/pos/2/go.sh"));
+    EXPECT_TRUE(host.processes.calls.empty());
+    const auto lines = Log();
+    EXPECT_EQ(lines[lines.size() - 2],
+              "ERROR  : Script file not found - aborting script file processing. "
+              "[C:\\srv\\pos\\go.sh]");
+}
+
 TEST_F(UnattendedRun, TouchesNothingOnDiskForAnUnknownProfile) {
-    const auto before = host.files.Tree("/");
+    host.files.Put("/home/user/letter.txt", "mine");
+    const auto before = session::Contents(host.files);
     Main("-configfiledir /config -profileid 99");
-    EXPECT_EQ(host.files.Tree("/"), before);
+    EXPECT_EQ(session::Contents(host.files), before);
     EXPECT_FALSE(Ran());
 }
 

@@ -213,16 +213,20 @@ TEST_F(RealSession, EndsAtOnceOnTheSecondSignal) {
     WriteFile(folder_ / "script", "at request silence\n");
     Serve({"--script", folder_ / "script"});
     WriteProfile();
-    ProgramRun client(ClientArguments());
+    ProgramRun client(ClientArguments(),
+                      [&] { WriteFile(folder_ / "pid", std::to_string(getpid())); });
     // The far end has the request and says nothing: the wait for its answer has no end.
     ASSERT_TRUE(Eventually([&] { return Logged("Connected to"); }));
     client.Signal(SIGTERM);
-    ASSERT_TRUE(Eventually([&] { return client.bRunning(); }));
-    // The two must not arrive as one.
+    // The two must not arrive as one: the first is taken, and the program goes on.
+    const std::string strStatus = "/proc/" + ReadFile(folder_ / "pid") + "/status";
     ASSERT_TRUE(Eventually([&] {
-        client.Signal(SIGTERM);
-        return !client.bRunning();
+        const std::string strText = ReadFile(strStatus);
+        return strText.find("\nSigPnd:\t0000000000000000\n") != std::string::npos &&
+               strText.find("\nShdPnd:\t0000000000000000\n") != std::string::npos;
     }));
+    ASSERT_TRUE(client.bRunning());
+    client.Signal(SIGTERM);
     EXPECT_EQ(client.Wait(), 256 + SIGTERM);
 }
 
@@ -277,17 +281,44 @@ TEST_F(RealSession, LosesTheLogAloneWhenItsFolderIsMissing) {
 
 TEST_F(RealSession, TouchesNothingForAnUnknownProfile) {
     WriteProfile();
-    const auto before = Tree(folder_.strPath());
-    ProgramRun client(
-        {BRENNIK_CLIENT_PROGRAM, "-configfiledir", folder_ / "config", "-profileid", "99"}, [] {
-            if (geteuid() == 0) {
-                // As nobody: even then nothing of the machine could be removed.
-                setgid(65534);
-                setuid(65534);
-            }
-        });
-    EXPECT_EQ(client.Wait(), 0);
-    EXPECT_EQ(Tree(folder_.strPath()), before);
+    // Where the program may write, so that what it leaves could be seen.
+    std::string strIni = ReadFile(folder_ / "config/BrennikClient.ini");
+    strIni.replace(strIni.find(folder_ / "received"), (folder_ / "received").size(),
+                   folder_ / "log/received");
+    WriteFile(folder_ / "config/BrennikClient.ini", strIni);
+    chmod(folder_.strPath().c_str(), 0755);
+    chmod((folder_ / "config").c_str(), 0755);
+    chmod((folder_ / "config/BrennikClient.ini").c_str(), 0644);
+    chmod((folder_ / "log").c_str(), 0777);
+    const auto asNobody = [] {
+        if (geteuid() == 0 && (setgid(65534) != 0 || setuid(65534) != 0))
+            _exit(126); // as root it could remove more than a test may risk
+    };
+    const auto run = [&](const std::string& strProfile) {
+        ProgramRun client({BRENNIK_CLIENT_PROGRAM, "-configfiledir", folder_ / "config",
+                           "-profileid", strProfile},
+                          asNobody);
+        EXPECT_EQ(client.Wait(), 0) << strProfile;
+        EXPECT_EQ(client.strOut() + client.strErr(), "") << strProfile;
+    };
+    const auto contents = [&] {
+        std::vector<std::string> entries = Tree(folder_.strPath());
+        for (std::string& strEntry : entries) {
+            if (strEntry.back() != '/')
+                strEntry += "=" + ReadFile(folder_ / strEntry);
+        }
+        return entries;
+    };
+    // A profile that stands reads its settings, makes its folder and logs that nobody listens.
+    run("1");
+    EXPECT_TRUE(Logged("Error Code=1000004, Error Message=")) << Log();
+    EXPECT_TRUE(fs::exists(folder_ / "log/received"));
+    fs::remove(folder_ / "log/session.log");
+    WriteFile(folder_ / "log/received/kept.txt", "kept");
+
+    const auto before = contents();
+    run("99");
+    EXPECT_EQ(contents(), before);
 }
 
 TEST_F(RealSession, PrintsItsUsageAndItsLackOfWindows) {

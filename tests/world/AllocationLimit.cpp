@@ -1,10 +1,10 @@
-#include "tests/config/AllocationLimit.h"
+#include "tests/world/AllocationLimit.h"
 
 #include <cstdlib>
 #include <limits>
 #include <new>
 
-namespace brennik::configtest {
+namespace brennik::world {
 
 namespace {
 
@@ -32,10 +32,10 @@ void* Allocate(size_t nBytes) {
 }
 
 } // namespace
-} // namespace brennik::configtest
+} // namespace brennik::world
 
 void* operator new(size_t nBytes) {
-    return brennik::configtest::Allocate(nBytes);
+    return brennik::world::Allocate(nBytes);
 }
 
 // Its memory comes back through the delete below, so it must come from the same place.
