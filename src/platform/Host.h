@@ -3,6 +3,7 @@
 #pragma once
 
 #include "platform/Clock.h"
+#include "platform/ComPorts.h"
 #include "platform/Files.h"
 #include "platform/Processes.h"
 #include "platform/ProfileStrings.h"
@@ -16,6 +17,7 @@ namespace brennik {
 struct Host {
     Clock& clock;
     Sockets& sockets;
+    ComPorts& comPorts;
     Files& files;
     ProfileStrings& profileStrings;
     Processes& processes;

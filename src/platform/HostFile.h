@@ -1,4 +1,5 @@
-// The optional file that maps the host: which folders the drive letters stand for.
+// The optional file that maps the host: which folders the drive letters stand for, and which serial
+// lines the port names.
 // For real it is BrennikHost.ini in the program's folder; tests hand in its text.
 #pragma once
 
@@ -21,7 +22,13 @@ class HostFile {
     /// native folder; without one there is drive C, the root.
     const DriveTable& Drives() const { return drives_; }
 
+    /// The native path of a port, "COM1" or with "\\.\" in front: its entry in [PORTS], an absolute
+    /// native path, or without an entry /dev/ttyS0 for COM1 and so on. Empty for a port that
+    /// doesn't exist. Names ignore case.
+    std::string PortPath(std::string_view strPort) const;
+
   private:
+    std::string strContent_;
     DriveTable drives_;
 };
 

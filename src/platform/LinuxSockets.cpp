@@ -2,11 +2,10 @@
 
 #include "platform/Descriptor.h"
 #include "platform/LinuxErrors.h"
+#include "platform/Waits.h"
 
-#include <algorithm>
 #include <arpa/inet.h>
 #include <cerrno>
-#include <ctime>
 #include <netdb.h>
 #include <netinet/in.h>
 #include <netinet/tcp.h>
@@ -22,45 +21,12 @@ namespace {
 
 constexpr int32_t kFailed = -1;
 constexpr int32_t kHostNotFound = 11001; // no system call's number stands for it
-constexpr int64_t kNanosecondsOfSecond = 1000000000;
-constexpr int64_t kNanosecondsOfMillisecond = 1000000;
 
 thread_local int32_t lLastError = socketerror::kNone;
 
 int32_t Fail(int nErrno) {
     lLastError = SocketErrorOf(nErrno);
     return kFailed;
-}
-
-int64_t MonotonicNow() {
-    timespec now{};
-    clock_gettime(CLOCK_MONOTONIC, &now);
-    return now.tv_sec * kNanosecondsOfSecond + now.tv_nsec;
-}
-
-timespec TimeOf(int64_t lNanoseconds) {
-    timespec time{};
-    time.tv_sec = lNanoseconds / kNanosecondsOfSecond;
-    time.tv_nsec = lNanoseconds % kNanosecondsOfSecond;
-    return time;
-}
-
-/// Waits for events until the deadline, or without one; an interrupted wait goes on with the rest
-/// of its time. The number of ready descriptors (0 or 1), or -1.
-int PollUntil(pollfd& watched, std::optional<int64_t> lDeadline) {
-    return Resumed([&] {
-        if (!lDeadline) {
-            return ::ppoll(&watched, 1, nullptr, nullptr);
-        }
-        const timespec rest = TimeOf(std::max<int64_t>(*lDeadline - MonotonicNow(), 0));
-        return ::ppoll(&watched, 1, &rest, nullptr);
-    });
-}
-
-void SleepUntil(int64_t lDeadline) {
-    const timespec until = TimeOf(lDeadline);
-    while (clock_nanosleep(CLOCK_MONOTONIC, TIMER_ABSTIME, &until, nullptr) == EINTR) {
-    }
 }
 
 /// The error that a connection has met, as errno; 0 when it stands.

@@ -1,6 +1,7 @@
 #include "platform/Host.h"
 #include "platform/HostFile.h"
 #include "platform/LinuxClock.h"
+#include "platform/LinuxComPorts.h"
 #include "platform/LinuxFiles.h"
 #include "platform/LinuxProcesses.h"
 #include "platform/LinuxProfileStrings.h"
@@ -16,10 +17,11 @@ struct LinuxHost {
     HostFile hostFile = HostFile::InFolder(programFolder.strFolder);
     LinuxClock clock;
     LinuxSockets sockets;
+    LinuxComPorts comPorts{hostFile};
     LinuxFiles files{hostFile.Drives(), programFolder.strFolder};
     LinuxProfileStrings profileStrings{hostFile.Drives()};
     LinuxProcesses processes{hostFile.Drives(), programFolder};
-    Host host{clock, sockets, files, profileStrings, processes};
+    Host host{clock, sockets, comPorts, files, profileStrings, processes};
 };
 
 } // namespace

@@ -212,14 +212,14 @@ TEST_F(TTLIniFileTest, FailingWriteShowsInItsResultAlone) {
 
 TEST_F(TTLIniFileTest, HandsTheResultOfTheWriteBackAsItStands) {
     FixedResult profileStrings;
-    Host fixed{host.clock, host.network, host.files, profileStrings, host.processes};
+    Host fixed{host.clock, host.network, host.comPorts, host.files, profileStrings, host.processes};
     const ScopedHost scoped(fixed);
     EXPECT_EQ(ini.SetINIString("A", "k", "v"), 7);
 }
 
 TEST_F(TTLIniFileTest, NothingThrownLeavesIt) {
     ThrowingProfileStrings profileStrings;
-    Host throwing{host.clock, host.network, host.files, profileStrings, host.processes};
+    Host throwing{host.clock, host.network, host.comPorts, host.files, profileStrings, host.processes};
     const ScopedHost scoped(throwing);
     EXPECT_EQ(ini.GetINIString("A", "k", "default", kIniBufferSize), "");
     EXPECT_EQ(ini.SetINIString("A", "k", "v"), 0);

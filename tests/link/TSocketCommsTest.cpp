@@ -351,7 +351,7 @@ TEST_F(TSocketCommsTest, APartialWriteIsASuccess) {
 TEST_F(TSocketCommsTest, AWriteShowsItsBytesBehindARunTimeFailureToo) {
     ConnectToPeer();
     ThrowingSockets throwing;
-    Host bad{host.clock, throwing, host.files, host.profileStrings, host.processes};
+    Host bad{host.clock, throwing, host.comPorts, host.files, host.profileStrings, host.processes};
     const ScopedHost scoped(bad);
     EXPECT_EQ(comms->WriteData("x\0y"s), 1);
     ExpectError(1000000, "TSocket.Send() Failed - Device I/O error Data=x\0y"s);
@@ -365,7 +365,7 @@ TEST_F(TSocketCommsTest, AChannelWhoseConnectFailedFailsToWrite) {
 
 TEST_F(TSocketCommsTest, ARunTimeFailureOfTheSocketUsesUpAnAttempt) {
     ThrowingSockets throwing;
-    Host bad{host.clock, throwing, host.files, host.profileStrings, host.processes};
+    Host bad{host.clock, throwing, host.comPorts, host.files, host.profileStrings, host.processes};
     const ScopedHost scoped(bad);
     info.lConnectionAttempts(2);
     EXPECT_EQ(Connect(), 1);

@@ -356,7 +356,7 @@ TEST_F(TSocketTest, GetIPAddressStopsAtAFailedStart) {
 
 TEST_F(TSocketTest, EveryOperationEndsARunTimeFailureInItsOwnText) {
     ThrowingSockets throwing;
-    Host bad{host.clock, throwing, host.files, host.profileStrings, host.processes};
+    Host bad{host.clock, throwing, host.comPorts, host.files, host.profileStrings, host.processes};
     const ScopedHost scoped(bad);
     const std::string strWhy = "() Failed - Device I/O error";
     EXPECT_EQ(Open(), 1);

@@ -46,7 +46,7 @@ TEST_F(ThrowingSocketsTest, EveryCallThrows) {
 }
 
 TEST_F(ThrowingSocketsTest, FailATestThatExpectsASuccess) {
-    Host bad{host.clock, sockets, host.files, host.profileStrings, host.processes};
+    Host bad{host.clock, sockets, host.comPorts, host.files, host.profileStrings, host.processes};
     const ScopedHost scoped(bad);
     TSocket socket;
     EXPECT_NONFATAL_FAILURE(EXPECT_EQ(socket.Send("x", 1), 0), "socket.Send");

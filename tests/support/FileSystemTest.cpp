@@ -308,7 +308,7 @@ class OddFilesTest : public FileSystemTest {
     OddFiles odd{host.ledger, host.clock};
 
   private:
-    Host oddHost_{host.clock, host.network, odd, host.profileStrings, host.processes};
+    Host oddHost_{host.clock, host.network, host.comPorts, odd, host.profileStrings, host.processes};
     ScopedHost oddScoped_{oddHost_};
 };
 

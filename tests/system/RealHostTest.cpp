@@ -31,6 +31,9 @@ const bool bAnswered = [] {
     }
     strAnswer +=
         " " + host.profileStrings.GetPrivateProfileString("A", "K", "(none)", 100, "D:\\a.ini");
+    // A device that is no serial line, or no such port.
+    strAnswer += " " + std::to_string(host.comPorts.Open("TILL"));
+    strAnswer += " " + std::to_string(host.comPorts.LastError());
     WriteFile(strOut, strAnswer);
     ::_exit(0);
 }();
@@ -51,17 +54,18 @@ TEST(RealHost, FollowsTheHostFileInTheProgramsFolder) {
     fs::create_directory(folder / "home");
     fs::create_directory(folder / "data");
     WriteFile(folder / "data/a.ini", "[A]\nK=v\n");
-    WriteFile(folder / "home/BrennikHost.ini", "[DRIVES]\r\nD=" + (folder / "data") + "\r\n");
+    WriteFile(folder / "home/BrennikHost.ini",
+              "[DRIVES]\r\nD=" + (folder / "data") + "\r\n[PORTS]\r\nTill=/dev/null\r\n");
     EXPECT_EQ(
         AnswerOfRealHost(folder, [&] { ::setenv("BRENNIK_HOME", (folder / "home/").c_str(), 1); }),
-        (folder / "home") + " no yes no v");
+        (folder / "home") + " no yes no v -1 25");
 }
 
 TEST(RealHost, WithoutAHostFileDriveCIsTheRoot) {
     const TempFolder folder;
     EXPECT_EQ(
         AnswerOfRealHost(folder, [&] { ::setenv("BRENNIK_HOME", folder.strPath().c_str(), 1); }),
-        folder.strPath() + " yes no no (none)");
+        folder.strPath() + " yes no no (none) -1 2");
 }
 
 TEST(RealHost, AHostFileThatIsNoFileMapsNothing) {
@@ -69,7 +73,7 @@ TEST(RealHost, AHostFileThatIsNoFileMapsNothing) {
     fs::create_directory(folder / "BrennikHost.ini");
     EXPECT_EQ(
         AnswerOfRealHost(folder, [&] { ::setenv("BRENNIK_HOME", folder.strPath().c_str(), 1); }),
-        folder.strPath() + " yes no no (none)");
+        folder.strPath() + " yes no no (none) -1 2");
 }
 
 TEST(RealHost, OtherwiseTheProgramsFolderIsThatOfItsExecutable) {
@@ -80,7 +84,7 @@ TEST(RealHost, OtherwiseTheProgramsFolderIsThatOfItsExecutable) {
                                    ::unsetenv("BRENNIK_HOME");
                                    ::unsetenv("HOME");
                                }),
-              strExecutable + " yes no no (none)");
+              strExecutable + " yes no no (none) -1 2");
 }
 
 TEST(RealHost, ItsPumpHookDoesNothingAtFirst) {

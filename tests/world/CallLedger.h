@@ -26,6 +26,13 @@ enum class Op : uint8_t {
     Send,
     CloseSocket,
     GetHostByName,
+    ComOpen,
+    ComClose,
+    ComRead,
+    ComWrite,
+    ComGetState,
+    ComSetState,
+    ComSetTimeouts,
     OpenText,
     AppendLine,
     StreamRead,  ///< Read, ReadLine, ReadAll and AtEndOfStream

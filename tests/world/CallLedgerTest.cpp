@@ -6,6 +6,8 @@
 #include <gtest/gtest.h>
 
 #include <exception>
+#include <set>
+#include <string>
 #include <type_traits>
 
 namespace brennik::world {
@@ -103,7 +105,16 @@ TEST_F(CallLedgerTest, DropsPlannedFailures) {
 }
 
 TEST_F(CallLedgerTest, NamesEveryOperation) {
+    std::set<std::string> names;
+    for (size_t nOp = 0; nOp < static_cast<size_t>(Op::Count_); ++nOp) {
+        EXPECT_TRUE(names.insert(NameOf(static_cast<Op>(nOp))).second) << nOp; // no two alike
+    }
+    EXPECT_FALSE(names.contains(""));
+    EXPECT_STREQ(NameOf(Op::Count_), "");
     EXPECT_STREQ(NameOf(Op::Startup), "Startup");
+    EXPECT_STREQ(NameOf(Op::GetHostByName), "GetHostByName");
+    EXPECT_STREQ(NameOf(Op::ComOpen), "ComOpen");
+    EXPECT_STREQ(NameOf(Op::ComSetTimeouts), "ComSetTimeouts");
     EXPECT_STREQ(NameOf(Op::OpenText), "OpenText");
     EXPECT_STREQ(NameOf(Op::ChangeDirectory), "ChangeDirectory");
 }

@@ -59,6 +59,7 @@ class ScriptedPeer {
 
   private:
     friend class SimNetwork;
+    friend class SimComPorts;
     class Adaptor;
     /// The far end of one connection, which forwards to this peer; the peer must outlive it.
     std::unique_ptr<sim::FarEnd> MakeFarEnd();

@@ -6,10 +6,11 @@ SimHost::SimHost()
     : ledger(timeline),
       clock(timeline, ledger),
       network(timeline, ledger),
+      comPorts(timeline, ledger),
       files(ledger, clock),
       profileStrings(ledger, files),
       processes(timeline, ledger, files),
-      host_{clock, network, files, profileStrings, processes, [this] {
+      host_{clock, network, comPorts, files, profileStrings, processes, [this] {
                 ledger.Enter();
                 ++nPumps_;
                 // A hook may add a hook, so the list is walked by its places.

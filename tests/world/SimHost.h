@@ -7,6 +7,7 @@
 #include "platform/Host.h"
 #include "tests/world/CallLedger.h"
 #include "tests/world/SimClock.h"
+#include "tests/world/SimComPorts.h"
 #include "tests/world/SimFiles.h"
 #include "tests/world/SimNetwork.h"
 #include "tests/world/SimProcesses.h"
@@ -65,12 +66,14 @@ class SimHost {
     void RecordCalls(bool bRecord = true) {
         ledger.RecordCalls(bRecord);
         network.RecordCalls(bRecord);
+        comPorts.RecordCalls(bRecord);
     }
 
     SimTimeline timeline;
     CallLedger ledger;
     SimClock clock;
     SimNetwork network;
+    SimComPorts comPorts;
     SimFiles files;
     SimProfileStrings profileStrings;
     SimProcesses processes;
