@@ -5,6 +5,7 @@
 #include "link/CommsErrors.h"
 #include "link/TConnectionInfo.h"
 #include "link/TIsoProtocol.h"
+#include "link/TSerialComms.h"
 #include "link/TSocketComms.h"
 #include "platform/PumpEvents.h"
 #include "session/TBrennikPacket.h"
@@ -22,11 +23,10 @@ constexpr int32_t kFullDownload = 0;
 constexpr int32_t kCheckCrc16HighByteFirst = 2;
 constexpr int16_t kStx = 2;
 
-// The channel of an operating mode; none where this build has none.
 std::unique_ptr<TCommsChannel> MakeClientChannel(int32_t lOperatingMode) {
-    if (lOperatingMode == kModeTcpClient)
-        return std::make_unique<TSocketComms>();
-    return nullptr;
+    if (lOperatingMode == kModeSerialClient)
+        return std::make_unique<TSerialComms>();
+    return std::make_unique<TSocketComms>();
 }
 
 // The numbers below are positions in the lists of the serial settings, not line values.
@@ -106,6 +106,7 @@ int32_t TBrennikProtocol::DoBrennikProtocol(TBrennikClientConfig& oConfig,
 }
 
 int32_t TBrennikProtocol::RunClientSession(TBrennikClientConfig& oConfig, int32_t lProfileId) {
+    TConnectionInfo oConnInfo; // a serial channel looks at it as long as it lives
     const std::unique_ptr<TCommsChannel> oChannel = MakeClientChannel(oConfig.lOperatingMode());
     oFileSystem_ = std::make_unique<FileSystem>();
     oConfig_ = &oConfig;
@@ -117,10 +118,7 @@ int32_t TBrennikProtocol::RunClientSession(TBrennikClientConfig& oConfig, int32_
 
     int32_t lResult = 1;
     std::string strRequest;
-    if (oChannel == nullptr) {
-        error_.Set(kUnexpectedFailure, "TBrennikProtocol.DoBrennikProtocol() Failed - This build "
-                                       "has no serial client (operating mode 1)");
-    } else if (PrepareSession(*oChannel, oLink, oLog, strRequest)) {
+    if (PrepareSession(*oChannel, oConnInfo, oLink, oLog, strRequest)) {
         lResult = HoldSession(oLink, oLog, strRequest);
         // A close that fails has written its own log lines, and changes nothing here.
         static_cast<void>(oChannel->Disconnect());
@@ -140,8 +138,9 @@ void TBrennikProtocol::LogRunHeader(TFLClientLog& oLog, int32_t lProfileId) cons
     oLog.Logit("Brennik Terminal Id=" + oConfig_->strTerminalId(), false);
 }
 
-bool TBrennikProtocol::PrepareSession(TCommsChannel& oChannel, TIsoProtocol& oLink,
-                                      TFLClientLog& oLog, std::string& strRequest) {
+bool TBrennikProtocol::PrepareSession(TCommsChannel& oChannel, TConnectionInfo& oConnInfo,
+                                      TIsoProtocol& oLink, TFLClientLog& oLog,
+                                      std::string& strRequest) {
     if (InitialiseFolders() != 0)
         return false;
     const TBrennikClientConfig& config = *oConfig_;
@@ -152,7 +151,6 @@ bool TBrennikProtocol::PrepareSession(TCommsChannel& oChannel, TIsoProtocol& oLi
         error_.CopyFrom(oLink);
         return false;
     }
-    TConnectionInfo oConnInfo;
     LoadConnectionInfo(config, oConnInfo, /*bServer=*/true);
 
     TBrennikPacket oPacket;

@@ -98,8 +98,9 @@ class TBrennikProtocol {
     [[nodiscard]] int32_t RunClientSession(TBrennikClientConfig& oConfig, int32_t lProfileId);
 
     /// All that comes before the first byte on the wire, up to an open channel and a built request.
-    [[nodiscard]] bool PrepareSession(TCommsChannel& oChannel, TIsoProtocol& oLink,
-                                      TFLClientLog& oLog, std::string& strRequest);
+    [[nodiscard]] bool PrepareSession(TCommsChannel& oChannel, TConnectionInfo& oConnInfo,
+                                      TIsoProtocol& oLink, TFLClientLog& oLog,
+                                      std::string& strRequest);
 
     /// From the far end's ENQ to the end of the packet loop, with the file closed: 0 or 1.
     [[nodiscard]] int32_t HoldSession(TIsoProtocol& oLink, TFLClientLog& oLog,

@@ -330,15 +330,6 @@ TEST_F(ClientSession, HandsEveryOtherModeToThePassThroughAtOnce) {
                          "pass-through (operating mode 2)");
 }
 
-TEST_F(ClientSession, TellsThatThisBuildHasNoSerialClient) {
-    host.files.Put("/srv/pos/keep.txt", "kept");
-    config.lOperatingMode(1);
-    EXPECT_EQ(Run(), 1);
-    ExpectFailure(1000000, "TBrennikProtocol.DoBrennikProtocol() Failed - This build has no serial "
-                           "client (operating mode 1)");
-    EXPECT_EQ(File("/srv/pos/keep.txt"), "kept") << "nothing is wiped for a run that can't be";
-}
-
 // ---- Run-time failures end the run at once.
 
 TEST_F(ClientSession, EndsAtOnceOnARunTimeFailureWithoutDisconnectAndLog) {

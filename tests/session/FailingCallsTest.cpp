@@ -20,18 +20,23 @@ using world::Op;
 // does so. 0 fails none.
 class Session {
   public:
-    explicit Session(int64_t lFailing, int32_t lLastError) {
+    Session(Over over, int64_t lFailing, int32_t lLastError) : over_(over) {
         tree_->AddVariable("*A=1");
         tree_->AddFile("", "", "root.txt", "root");
         tree_->AddFile("F", "2", "f2.bin", std::string(300, 'f'));
         host.files.MakeFolder("/srv");
         host.files.Put("/srv/pos/old.txt", "old");
         host.files.MakeFolder("/log");
-        host.network.Listen("10.0.0.1", 5000, [this] {
+        const auto makeService = [this] {
             sim::ServiceOptions options;
             options.lBlockSize = 128;
+            options.script = LineSettled();
             return std::make_unique<sim::ServiceBehaviour>(tree_, options);
-        });
+        };
+        host.network.Listen("10.0.0.1", 5000, makeService);
+        world::SimLine& line = host.comPorts.AddLine(kComPort);
+        line.SetFarRate(kBaudRate);
+        line.ServeEachOpening(makeService);
         host.FailNthCall(lFailing, lLastError);
         Feed();
     }
@@ -39,6 +44,12 @@ class Session {
     int32_t Run() {
         ScopedHost scoped(host.TheHost());
         TBrennikClientConfig config;
+        config.lOperatingMode(over_ == Over::Tcp ? 0 : 1);
+        config.iServerComPort(3);
+        config.lServerBaudRate(kBaudRate);
+        config.strServerParity("NONE");
+        config.iServerDatabits(8);
+        config.dServerStopBit(1);
         config.strWorkingFolder("/srv/pos");
         config.strLogFilePath("/log");
         config.strLogFileName("session.log");
@@ -82,24 +93,30 @@ class Session {
         });
     }
 
+    Over over_;
     std::shared_ptr<sim::ServedTree> tree_ = std::make_shared<sim::ServedTree>();
 };
 
-const std::map<std::string, std::string> kServed = {
-    {"config.sys", "*A=1\r\n"}, {"root.txt", "root"}, {"F/2/f2.bin", std::string(300, 'f')}};
+// What stands below the working folder in the end. Over a line files go to drive I, group 1, until
+// the far end names another.
+std::map<std::string, std::string> Served(Over over) {
+    const std::string strFirst = over == Over::Tcp ? "" : "I/1/";
+    return {{strFirst + "config.sys", "*A=1\r\n"},
+            {strFirst + "root.txt", "root"},
+            {"F/2/f2.bin", std::string(300, 'f')}};
+}
 
-class FailingCalls : public ::testing::TestWithParam<int32_t> {};
-
-TEST_P(FailingCalls, EachInTurnEndsTheSessionAsLaidDown) {
-    Session clean(0, 0);
+// Each call that a session makes fails in turn, with that number as the last error.
+void FailEachInTurn(Over over, int32_t lLastError) {
+    Session clean(over, 0, 0);
     ASSERT_EQ(clean.Run(), 0);
-    ASSERT_EQ(clean.Received(), kServed);
+    ASSERT_EQ(clean.Received(), Served(over));
     const int64_t lCalls = clean.host.nFailable();
     ASSERT_GT(lCalls, 100);
 
     int64_t lFailures = 0;
     for (int64_t lFailing = 1; lFailing <= lCalls; ++lFailing) {
-        Session session(lFailing, GetParam());
+        Session session(over, lFailing, lLastError);
         const int32_t lResult = session.Run();
         const auto failed = session.host.ledger.FailedOp();
         SCOPED_TRACE("call " + std::to_string(lFailing) + ": " +
@@ -108,16 +125,27 @@ TEST_P(FailingCalls, EachInTurnEndsTheSessionAsLaidDown) {
         EXPECT_FALSE(session.host.BudgetExceeded());
         EXPECT_EQ(session.host.files.nOpenStreams(), 0);
         if (lResult == 0) {
-            EXPECT_EQ(session.Received(), kServed) << "a success has everything";
+            EXPECT_EQ(session.Received(), Served(over)) << "a success has everything";
         } else {
             ++lFailures;
             EXPECT_NE(session.strErrorMessage, "");
             EXPECT_NE(session.lErrorCode, 0);
         }
-        // Only the close of the socket itself may leave it open.
+        // Only the close of the socket itself may leave it open. A port is closed once more.
         EXPECT_LE(session.host.network.nOpenSockets(), *failed == world::Op::CloseSocket ? 1 : 0);
+        EXPECT_EQ(session.host.comPorts.nOpenPorts(), 0);
     }
     EXPECT_GT(lFailures, 10);
+}
+
+class FailingCalls : public ::testing::TestWithParam<int32_t> {};
+
+TEST_P(FailingCalls, EachInTurnEndsTheSessionAsLaidDown) {
+    FailEachInTurn(Over::Tcp, GetParam());
+}
+
+TEST(FailingCallsOfALine, EachInTurnEndsTheSessionAsLaidDown) {
+    FailEachInTurn(Over::SerialLine, 5);
 }
 
 // The numbers of a lost connection, which the reads look for, and one of no meaning.
@@ -181,22 +209,49 @@ const std::vector<Ending> kEndings = {
      "TBrennikProtocol.CloseDownloadFile() Failed - Device I/O error"},
 };
 
-TEST(FailingCall, EndsTheSessionByItsKind) {
-    for (const Ending& ending : kEndings) {
+// The same of a session over a line; what isn't of the channel ends as above.
+const std::vector<Ending> kEndingsOfALine = {
+    // A second attempt is allowed; only both failing fail the session.
+    {Op::ComOpen, 0, 1, 2, 0, 0, ""},
+    {Op::ComOpen, 0, 2, 2, 1, 1000018, "Failed opening COM Port COM3"},
+    // The line can't be set: the port's text, and no second attempt.
+    {Op::ComGetState, 0, 1, 5, 1, 1000018, "Failed retrieving DCB settings for opened port"},
+    {Op::ComSetState, 0, 1, 22, 1, 1000018, "Failed setting opened port with DCB settings"},
+    {Op::ComSetTimeouts, 0, 1, 5, 1, 1000018, "Failed setting serial timeout values"},
+    // A read that fails with nothing before it ends the wait for ENQ.
+    {Op::ComRead, 0, 1, 5, 1, 5, "Failed reading data from the opened port"},
+    // The request can't go out: the port's own text and number.
+    {Op::ComWrite, 0, 1, 5, 1, 5, "Failed writing data to the opened port"},
+    // A lost ACK shows as a far end that falls silent.
+    {Op::ComWrite, 1, 1, 5, 1, 1000011, "Timed out reading ISO packet"},
+    // The session is over when the port closes.
+    {Op::ComClose, 0, 1, 5, 0, 0, ""},
+};
+
+void EndByKind(Over over, const std::vector<Ending>& endings) {
+    for (const Ending& ending : endings) {
         SCOPED_TRACE(world::NameOf(ending.op) + (" after " + std::to_string(ending.nSkip)) + ", " +
                      std::to_string(ending.nTimes) + " times");
-        Session session(0, 0);
+        Session session(over, 0, 0);
         session.host.FailNext(ending.op, {.lLastError = ending.lLastError}, ending.nTimes,
                               ending.nSkip);
         EXPECT_EQ(session.Run(), ending.lResult);
         EXPECT_FALSE(session.host.BudgetExceeded());
         if (ending.lResult == 0) {
-            EXPECT_EQ(session.Received(), kServed);
+            EXPECT_EQ(session.Received(), Served(over));
         } else {
             EXPECT_EQ(session.lErrorCode, ending.lErrorCode);
             EXPECT_EQ(session.strErrorMessage.substr(0, ending.strText.size()), ending.strText);
         }
     }
+}
+
+TEST(FailingCall, EndsTheSessionByItsKind) {
+    EndByKind(Over::Tcp, kEndings);
+}
+
+TEST(FailingCall, EndsTheSessionOverALineByItsKind) {
+    EndByKind(Over::SerialLine, kEndingsOfALine);
 }
 
 } // namespace

@@ -57,6 +57,15 @@ double PlainClient::Time() {
 }
 
 std::optional<std::string> PlainClient::Delivery() {
+    if (!profile_.bSerial)
+        return Look();
+    std::string strDelivered;
+    while (const auto strByte = Look())
+        strDelivered += *strByte;
+    return strDelivered.empty() ? std::nullopt : std::optional(strDelivered);
+}
+
+std::optional<std::string> PlainClient::Look() {
     if (nNext_ >= sights_.size() || sights_[nNext_].kind == Sight::Kind::Time)
         throw std::logic_error("no look at the connection where a pass reads");
     const Sight& sight = sights_[nNext_++];
@@ -89,9 +98,11 @@ bool PlainClient::SendRequest() {
         const double dEnd = Time() + profile_.lCharTimeout;
         bool bRefused = false;
         while (!bRefused && !(Time() > dEnd)) {
-            std::optional<std::string> strByte;
-            while (!strByte) // a single byte is waited for without end
-                strByte = Delivery();
+            std::optional<std::string> strByte = Look();
+            while (!strByte && !profile_.bSerial) // over TCP a byte is waited for without end
+                strByte = Look();
+            if (!strByte)
+                continue;
             if (*strByte == "\x06")
                 return true;
             bRefused = *strByte == "\x15";

@@ -23,6 +23,9 @@ struct Sight {
 };
 
 struct PlainProfile {
+    /// A line: looks are at single bytes, none of them is waited for, and files go to "I/1" until
+    /// the far end names a drive or a group.
+    bool bSerial = false;
     std::string strRequest; ///< the payload of the request
     int32_t lCharTimeout = 0;
     int32_t lReadPacketTimeout = 0;
@@ -45,7 +48,11 @@ struct PlainOutcome {
 class PlainClient {
   public:
     PlainClient(const PlainProfile& profile, const std::vector<Sight>& sights)
-        : profile_(profile), sights_(sights) {}
+        : profile_(profile),
+          sights_(sights),
+          strDrive_(profile.bSerial ? "I/" : ""),
+          strGroup_(profile.bSerial ? "1/" : ""),
+          strFolder_(strDrive_ + strGroup_) {}
 
     /// Throws std::logic_error when the engine looked at the host in an order that no client that
     /// keeps the rules does.
@@ -67,7 +74,9 @@ class PlainClient {
     bool Fail(int32_t lCode, const std::string& strText);
 
     double Time();
-    /// What a look at the connection delivered, at most nMost bytes asked for; nothing if none.
+    /// What a look at the connection delivered; nothing if none.
+    std::optional<std::string> Look();
+    /// What a read delivered: one look over TCP; over a line all looks up to one that finds none.
     std::optional<std::string> Delivery();
 
     const PlainProfile& profile_;

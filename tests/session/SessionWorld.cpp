@@ -2,7 +2,24 @@
 
 namespace brennik::session {
 
-SessionTest::SessionTest() : peer(host.network.AddPeer("10.0.0.1", 5000)) {
+sim::ServiceScript LineSettled() {
+    std::string strError;
+    return sim::ServiceScript::Parse("at start pause 1\n", strError).value();
+}
+
+SessionTest::SessionTest(Over over)
+    : peer(over == Over::Tcp ? host.network.AddPeer("10.0.0.1", 5000)
+                             : host.comPorts.AddPeer(kComPort)) {
+    if (over == Over::SerialLine) {
+        config.lOperatingMode(1);
+        host.comPorts.Line(kComPort).SetFarRate(kBaudRate);
+    }
+    config.iServerComPort(3);
+    config.lServerBaudRate(kBaudRate);
+    config.strServerParity("NONE");
+    config.iServerDatabits(8);
+    config.dServerStopBit(1);
+    config.iServerFlowControl(0);
     host.files.MakeFolder("/srv");
     host.files.MakeFolder("/log");
     config.strWorkingFolder("/srv/pos");
@@ -31,10 +48,18 @@ SessionTest::SessionTest() : peer(host.network.AddPeer("10.0.0.1", 5000)) {
 
 void SessionTest::Say(std::vector<std::string> payloads) {
     payloads_ = std::move(payloads);
-    peer.OnConnect = [this] { peer.Push(kEnq); };
-    peer.OnBytes = [this, nNext = size_t{0}](std::string_view strBytes) mutable {
-        // The request is answered with ACK and the first payload, each later ACK with the next.
-        if (strBytes != kAck)
+    // A line is set a moment after it was opened; until then it would hear noise.
+    peer.OnConnect = [this] { peer.PushAt(world::kMillisecond, kEnq); };
+    peer.OnBytes = [this, nNext = size_t{0},
+                    strHeard = std::string()](std::string_view strBytes) mutable {
+        // The request, which a line brings byte by byte, is answered with ACK and the first
+        // payload, each later ACK with the next.
+        strHeard += strBytes;
+        const size_t nEtx = strHeard.find(sim::kEtx);
+        if (strHeard.front() == sim::kStx &&
+            (nEtx == std::string::npos || nEtx + 3 != strHeard.size()))
+            return;
+        if (std::exchange(strHeard, {}) != kAck)
             peer.Push(kAck);
         if (nNext < payloads_.size()) {
             if (onPayload)

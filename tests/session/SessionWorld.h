@@ -5,6 +5,7 @@
 #include "config/TBrennikClientConfig.h"
 #include "session/TBrennikPacket.h"
 #include "session/TBrennikProtocol.h"
+#include "sim/ServiceScript.h"
 #include "support/FileSystem.h"
 #include "tests/session/Packets.h"
 #include "tests/world/SimHost.h"
@@ -51,9 +52,19 @@ class TBrennikProtocolTestAccess {
 
 namespace session {
 
+/// The port of a profile in mode 1, and what the line to it is set to.
+inline constexpr const char* kComPort = "COM3";
+inline constexpr int32_t kBaudRate = 115200;
+
+enum class Over { Tcp, SerialLine };
+
+/// What a service does ahead of its ENQ: it lets the line be set, which happens a moment after the
+/// port was opened.
+sim::ServiceScript LineSettled();
+
 class SessionTest : public world::WorldTest {
   protected:
-    SessionTest();
+    explicit SessionTest(Over over = Over::Tcp);
 
     /// What the far end sends behind its ACK of the request, each payload when the one before it
     /// was acknowledged. Bytes of a kind of their own go with SayRaw.

@@ -83,6 +83,7 @@ TEST_F(ClientLogLookup, TakesTheFirstOfLogsWithOneTime) {
 
 TEST_F(ClientLogLookup, FindsLogsByTheirNameInAnyCase) {
     PutLog("other.log", Login("x,1"), 50);
+    PutLog("brennikclient.log", Login("y,2"), 60);
     PutLog("MyFLClient-7.txt", Login("M7,C8"), 10);
     EXPECT_EQ(Lookup(), "M7-C8");
 }

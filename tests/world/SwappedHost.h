@@ -19,8 +19,8 @@ inline Host Swapped(Host& host, Files& files) {
             host.profileStrings, host.processes, host.pumpEvents};
 }
 inline Host Swapped(Host& host, ProfileStrings& profileStrings) {
-    return {host.clock,      host.sockets,   host.comPorts,  host.files,
-            profileStrings,  host.processes, host.pumpEvents};
+    return {host.clock,     host.sockets,   host.comPorts,  host.files,
+            profileStrings, host.processes, host.pumpEvents};
 }
 
 } // namespace brennik::world
