@@ -20,11 +20,19 @@ class Wire {
     /// Puts bytes on the wire, behind all that was put there before.
     virtual void Send(std::string_view strBytes) = 0;
 
-    /// Closes in good order once all that was sent is out.
+    /// Closes in good order once all that was sent is out. A serial line knows no such thing: it is
+    /// hung up then, and is there again at once for the next session.
     virtual void Close() = 0;
 
-    /// Tears the connection down at once, so that the other end meets a reset.
+    /// Tears the connection down at once, so that the other end meets a reset. A serial line is
+    /// hung up at once, and is there again at once for the next session.
     virtual void Reset() = 0;
+
+    /// Hangs a serial line up at once, as if its plug were pulled: what is under way is lost, and
+    /// the line is gone altogether until it comes back, so many microseconds from now, for the next
+    /// session. On any other connection it is a reset, and the time means nothing: another
+    /// connection can be made at once.
+    virtual void HangUp(Microseconds /*back*/) { Reset(); }
 };
 
 class FarEnd {

@@ -209,9 +209,14 @@ void ServiceBehaviour::Perform(Wire& wire, Microseconds now, const ScriptAction&
         GiveUp(wire, ServiceOutcome::EndedByScript);
         break;
     case Kind::Reset:
+    case Kind::HangUp:
         End(ServiceOutcome::EndedByScript);
         WaitFor(Wait::Forever, now);
-        wire.Reset();
+        if (action.kind == Kind::Reset) {
+            wire.Reset();
+        } else {
+            wire.HangUp(action.pause);
+        }
         break;
     }
 }

@@ -39,7 +39,7 @@ enum class ServiceOutcome {
     NoAnswer,       ///< a frame was neither acknowledged nor refused in time
     TooManyNaks,    ///< a frame was refused more often than the limit allows
     LeftByOtherEnd, ///< the other end went before the closing packet was acknowledged
-    EndedByScript,  ///< the script closed or reset the connection
+    EndedByScript,  ///< the script closed, reset or hung up the connection
 };
 
 /// The outcome in a word or two, as it stands in reports.

@@ -12,6 +12,7 @@ namespace {
 
 constexpr int64_t kMostTimes = 1'000'000'000;
 constexpr int64_t kLongestMs = int64_t{24} * 60 * 60 * 1000; ///< a day
+constexpr Microseconds kHungUp = 1'000'000; ///< until a line is back when no time is given
 constexpr int64_t kMostFrames = std::numeric_limits<int64_t>::max();
 
 } // namespace
@@ -88,6 +89,8 @@ class ServiceScriptParser {
             script_.bEndsWithSuccess_ = strLetter == "S";
         } else if (strWord == "resends") {
             script_.limits_.lResends = NextNumber("a number of times", 0, kMostTimes);
+        } else if (strWord == "sessions") {
+            script_.lSessions_ = NextNumber("a number of sessions", 1, kMostTimes);
         } else if (strWord == "timeout") {
             ParseTimeout();
         } else {
@@ -164,6 +167,9 @@ class ServiceScriptParser {
         } else if (strWord == "fragment") {
             action.kind = Kind::Fragment;
             action.fragmenting = NextFragmenting();
+        } else if (strWord == "hang-up") {
+            action.kind = Kind::HangUp;
+            action.pause = nWord_ < words_.size() ? NextTime() : kHungUp;
         } else if (strWord == "silence" || strWord == "close" || strWord == "reset") {
             action.kind = strWord == "silence" ? Kind::Silence
                           : strWord == "close" ? Kind::Close
@@ -200,6 +206,10 @@ std::optional<ServiceScript> ServiceScript::Parse(std::string_view strText, std:
         return std::nullopt;
     }
     return script;
+}
+
+ServiceScript ServiceScript::ForSession(int64_t lSession) const {
+    return lSessions_ && lSession > *lSessions_ ? ServiceScript() : *this;
 }
 
 std::vector<const ScriptAction*> ServiceScript::ActionsAt(ScriptPlace place, int64_t lFrame) const {

@@ -33,12 +33,23 @@ struct Fragmenting {
 enum class ScriptPlace { Start, Request, Frame, End };
 
 struct ScriptAction {
-    enum class Kind { Pause, Bytes, Packet, Noise, WrongCheck, Fragment, Silence, Close, Reset };
+    enum class Kind {
+        Pause,
+        Bytes,
+        Packet,
+        Noise,
+        WrongCheck,
+        Fragment,
+        Silence,
+        Close,
+        Reset,
+        HangUp
+    };
 
     Kind kind = Kind::Silence;
     std::string strBytes;    ///< of Bytes, Packet (its payload) and Noise
     int64_t lCount = 0;      ///< transmissions with a wrong check
-    Microseconds pause = 0;  ///< of Pause
+    Microseconds pause = 0;  ///< of Pause, and of HangUp until the line is back
     Fragmenting fragmenting; ///< of Fragment
 };
 
@@ -46,6 +57,10 @@ class ServiceScript {
   public:
     /// Reads a script. On failure nothing, with "line N: " and the reason in strError.
     static std::optional<ServiceScript> Parse(std::string_view strText, std::string& strError);
+
+    /// The script of one session, counted from 1: this one, or one that changes nothing once the
+    /// sessions for which this one holds are over.
+    ServiceScript ForSession(int64_t lSession) const;
 
     /// What is to be done at a place, in the order of the script. lFrame counts for Frame only.
     /// The pointers live as long as the script.
@@ -74,6 +89,7 @@ class ServiceScript {
     std::vector<Rule> rules_;
     ServiceLimits limits_;
     Fragmenting fragmenting_;
+    std::optional<int64_t> lSessions_; ///< how many it holds for; without it all
     int64_t lRequestNaks_ = 0;
     int64_t lWrongChecks_ = 0;
     bool bSendEnq_ = true;

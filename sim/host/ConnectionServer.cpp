@@ -1,16 +1,14 @@
 #include "sim/host/ConnectionServer.h"
 
 #include "sim/host/OptionReader.h"
+#include "sim/host/Waiting.h"
 
 #include <algorithm>
 #include <arpa/inet.h>
 #include <array>
 #include <cerrno>
 #include <charconv>
-#include <csignal>
 #include <cstring>
-#include <ctime>
-#include <limits>
 #include <netdb.h>
 #include <netinet/in.h>
 #include <netinet/tcp.h>
@@ -40,18 +38,6 @@ constexpr Microseconds kAcceptPause = 100'000;
 // A lone connection is read without a poll before each read, which costs an eighth of the time of a
 // small frame. All the rest, new connections and signals, is looked at this often meanwhile.
 constexpr Microseconds kLookAround = 5'000;
-
-volatile std::sig_atomic_t bStopAsked = 0;
-
-void AskToStop(int /*signal*/) {
-    bStopAsked = 1;
-}
-
-Microseconds Now() {
-    timespec time{};
-    ::clock_gettime(CLOCK_MONOTONIC, &time);
-    return Microseconds{time.tv_sec} * 1'000'000 + time.tv_nsec / 1000;
-}
 
 std::string AddressText(const sockaddr_in& address) {
     std::array<char, INET_ADDRSTRLEN> text{};
@@ -243,21 +229,9 @@ std::string ConnectionServer::strListening() const {
     return AddressText(address);
 }
 
-bool ConnectionServer::Run(bool bOnce) {
-    // The signals come only while the loop waits, so that none is lost between look and wait.
-    sigset_t stopSignals;
-    sigset_t before;
-    ::sigemptyset(&stopSignals);
-    ::sigaddset(&stopSignals, SIGINT);
-    ::sigaddset(&stopSignals, SIGTERM);
-    ::sigprocmask(SIG_BLOCK, &stopSignals, &before);
-    struct sigaction action {};
-    action.sa_handler = AskToStop;
-    ::sigaction(SIGINT, &action, nullptr);
-    ::sigaction(SIGTERM, &action, nullptr);
-
-    while (bStopAsked == 0 && (listener_ >= 0 || !connections_.empty())) {
-        if (PollAll() > 0) {
+bool ConnectionServer::Run(const StopSignals& signals, bool bOnce) {
+    while (!signals.bAsked() && (listener_ >= 0 || !connections_.empty())) {
+        if (PollAll(signals) > 0) {
             ServeReady();
             if (polled_.front().revents != 0) {
                 AcceptAll(bOnce);
@@ -267,40 +241,28 @@ bool ConnectionServer::Run(bool bOnce) {
         ServeDeadlines(Now());
         RemoveOver();
     }
-    const bool bStopped = bStopAsked != 0;
     for (Connection& connection : connections_) {
         connection.End().Disconnected(Now());
         farEndDone_(connection.End());
     }
     connections_.clear();
     CloseListener();
-    ::sigprocmask(SIG_SETMASK, &before, nullptr);
-    return !bStopped;
+    return !signals.bAsked();
 }
 
-int ConnectionServer::PollAll() {
+int ConnectionServer::PollAll(const StopSignals& signals) {
     polled_.clear();
     polled_.push_back({bAcceptPaused_ ? -1 : listener_, POLLIN, 0});
-    Microseconds due = std::numeric_limits<Microseconds>::max();
+    std::optional<Microseconds> due;
     if (bAcceptPaused_) {
         due = Now() + kAcceptPause;
     }
     for (const Connection& connection : connections_) {
         polled_.push_back({connection.Descriptor(), connection.PollEvents(), 0});
-        due = std::min(due, connection.Deadline().value_or(due));
+        due = Sooner(due, connection.Deadline());
     }
     bAcceptPaused_ = false;
-    timespec limit{};
-    const timespec* wait = nullptr;
-    if (due != std::numeric_limits<Microseconds>::max()) {
-        const Microseconds left = std::max<Microseconds>(0, due - Now());
-        limit.tv_sec = left / 1'000'000;
-        limit.tv_nsec = left % 1'000'000 * 1000;
-        wait = &limit;
-    }
-    sigset_t none;
-    ::sigemptyset(&none);
-    return ::ppoll(polled_.data(), polled_.size(), wait, &none);
+    return signals.Wait(polled_.data(), polled_.size(), due);
 }
 
 void ConnectionServer::ServeReady() {

@@ -16,6 +16,8 @@ struct pollfd;
 
 namespace brennik::sim {
 
+class StopSignals;
+
 class ConnectionServer {
   public:
     /// Makes the far end of a new connection; strPeer is "address:port" of the other end.
@@ -36,14 +38,14 @@ class ConnectionServer {
     /// The address and port in use, as "address:port".
     std::string strListening() const;
 
-    /// Serves until SIGINT or SIGTERM, or, with bOnce, until the first connection is over, beside
-    /// which no other is taken. True when it ended without a signal.
-    bool Run(bool bOnce);
+    /// Serves until a stop signal, or, with bOnce, until the first connection is over, beside which
+    /// no other is taken. True when it ended without a signal.
+    bool Run(const StopSignals& signals, bool bOnce);
 
   private:
     class Connection;
 
-    int PollAll();
+    int PollAll(const StopSignals& signals);
     void AcceptAll(bool bOnce);
     void CloseListener();
     void ServeReady();

@@ -22,7 +22,7 @@ struct Command {
 };
 
 constexpr Command kCommands[] = {
-    {"service", "play a service on a TCP port", brennik::sim::RunService},
+    {"service", "play a service on a TCP port or a serial line", brennik::sim::RunService},
 };
 
 void PrintHelp() {

@@ -1,10 +1,13 @@
 #include "sim/host/ServiceCommand.h"
 
 #include "sim/Codec.h"
+#include "sim/PacedBytes.h"
 #include "sim/ServiceBehaviour.h"
 #include "sim/host/ConnectionServer.h"
 #include "sim/host/FolderTree.h"
 #include "sim/host/OptionReader.h"
+#include "sim/host/SerialServer.h"
+#include "sim/host/Waiting.h"
 
 #include <cerrno>
 #include <charconv>
@@ -26,17 +29,19 @@ namespace {
 constexpr char kHelp[] =
     R"(usage: brenniksim service [options]
 
-Plays a Brennik service on a TCP port: asks each client with ENQ, takes its request, sends
-variables, messages and files, and ends the session. The first line on stdout names the address
-and port in use.
+Plays a Brennik service on a TCP port or a serial line: asks each client with ENQ, takes its
+request, sends variables, messages and files, and ends the session. The first line on stdout names
+the address and port in use, or the path of the line.
 
   --listen ADDRESS:PORT  where to listen; port 0 lets the system choose (127.0.0.1:0)
+  --serial PATH          play on a serial line in place of a port: a pseudo-terminal, linked at PATH
+  --rate N               bits per second of that line, 50 to 4000000 (as fast as the host can)
   --serve DIR            send what stands in DIR; its folders are drives, their folders groups
   --block N              data bytes in one write data packet, 1 to 65535 (what the client asks for)
   --config NAME=VALUE    send this configuration variable; may be repeated
   --message TEXT         send this message; may be repeated
   --script FILE          misbehave as the script in FILE says
-  --once                 serve one connection, then end; exit status 0 when it was successful
+  --once                 serve one session, then end; exit status 0 when it was successful
   --quiet                print nothing but the first line
   --verbose              print each event of each session
   --help                 print this text
@@ -47,7 +52,9 @@ See brenniksim(1) for scripts and for the order in which files are sent.
 enum class Reporting { Quiet, Sessions, Events };
 
 struct Settings {
-    std::string strListen = "127.0.0.1:0";
+    std::optional<std::string> strListen;
+    std::optional<std::string> strSerial;
+    std::optional<int64_t> lRate;
     std::shared_ptr<ServedTree> tree = std::make_shared<ServedTree>();
     std::string strFolder;
     bool bVariables = false;
@@ -64,16 +71,21 @@ void Print(const std::string& strLine) {
     std::fflush(stdout);
 }
 
-int32_t BlockOf(const std::string& strValue) {
-    int32_t lBlock = 0;
+int64_t NumberOf(const std::string& strOption, const std::string& strValue, int64_t lLeast,
+                 int64_t lMost) {
+    int64_t lNumber = 0;
     const char* end = strValue.data() + strValue.size();
-    const auto parsed = std::from_chars(strValue.data(), end, lBlock);
-    if (parsed.ec != std::errc() || parsed.ptr != end || lBlock < 1 ||
-        lBlock > static_cast<int32_t>(kLargestBlock)) {
-        throw UsageProblem{"--block needs a whole number from 1 to 65535, not \"" + strValue +
-                           "\""};
+    const auto parsed = std::from_chars(strValue.data(), end, lNumber);
+    if (parsed.ec != std::errc() || parsed.ptr != end || lNumber < lLeast || lNumber > lMost) {
+        throw UsageProblem{strOption + " needs a whole number from " + std::to_string(lLeast) +
+                           " to " + std::to_string(lMost) + ", not \"" + strValue + "\""};
     }
-    return lBlock;
+    return lNumber;
+}
+
+int32_t BlockOf(const std::string& strValue) {
+    return static_cast<int32_t>(
+        NumberOf("--block", strValue, 1, static_cast<int64_t>(kLargestBlock)));
 }
 
 // Variables and messages go in frames that end at the first ETX.
@@ -131,6 +143,11 @@ Settings ReadSettings(const std::vector<std::string>& arguments) {
     ReadOptions(
         arguments,
         {{"--listen", true, [&](const std::string& strValue) { settings.strListen = strValue; }},
+         {"--serial", true, [&](const std::string& strValue) { settings.strSerial = strValue; }},
+         {"--rate", true,
+          [&](const std::string& strValue) {
+              settings.lRate = NumberOf("--rate", strValue, kLowestRate, kHighestRate);
+          }},
          {"--serve", true, [&](const std::string& strValue) { settings.strFolder = strValue; }},
          {"--block", true,
           [&](const std::string& strValue) { settings.options.lBlockSize = BlockOf(strValue); }},
@@ -142,6 +159,12 @@ Settings ReadSettings(const std::vector<std::string>& arguments) {
          {"--quiet", false, [&](const std::string&) { settings.reporting = Reporting::Quiet; }},
          {"--verbose", false, [&](const std::string&) { settings.reporting = Reporting::Events; }},
          {"--help", false, [&](const std::string&) { settings.bHelp = true; }}});
+    if (settings.strSerial && settings.strListen) {
+        throw UsageProblem{"--serial and --listen exclude each other"};
+    }
+    if (settings.lRate && !settings.strSerial) {
+        throw UsageProblem{"--rate needs --serial"};
+    }
     return settings;
 }
 
@@ -183,35 +206,80 @@ class NamedSession : public ServiceBehaviour {
     std::string strName_;
 };
 
-int Serve(const Settings& settings) {
-    int64_t lSessions = 0;
-    bool bSuccessful = false;
-    const auto makeFarEnd = [&](const std::string& strPeer) {
-        const std::string strName = "session " + std::to_string(++lSessions) + " (" + strPeer + ")";
-        ServiceOptions options = settings.options;
-        if (settings.reporting == Reporting::Events) {
+// Makes the sessions of one run of the program and reports them.
+class SessionMaker {
+  public:
+    explicit SessionMaker(const Settings& settings) : settings_(settings) {}
+
+    std::unique_ptr<FarEnd> Make(const std::string& strPeer) {
+        const std::string strName =
+            "session " + std::to_string(++lSessions_) + " (" + strPeer + ")";
+        ServiceOptions options = settings_.options;
+        options.script = options.script.ForSession(lSessions_);
+        if (settings_.reporting == Reporting::Events) {
             options.onEvent = [strName](std::string_view strEvent) {
                 Print(strName + ": " + std::string(strEvent));
             };
         }
-        return std::make_unique<NamedSession>(strName, settings.tree, std::move(options));
-    };
-    const auto farEndDone = [&](FarEnd& farEnd) {
+        return std::make_unique<NamedSession>(strName, settings_.tree, std::move(options));
+    }
+
+    void Done(FarEnd& farEnd) {
         const auto& session = static_cast<const NamedSession&>(farEnd);
-        bSuccessful = session.Outcome() == ServiceOutcome::Successful;
-        if (settings.reporting != Reporting::Quiet) {
+        bSuccessful_ = session.Outcome() == ServiceOutcome::Successful;
+        if (settings_.reporting != Reporting::Quiet) {
             Print(session.strName() + ": " + Report(session));
         }
-    };
-    ConnectionServer server(makeFarEnd, farEndDone);
-    std::string strError;
-    if (!server.Listen(settings.strListen, strError)) {
-        std::fprintf(stderr, "brenniksim service: %s\n", strError.c_str());
-        return 1;
     }
+
+    /// The status of a run that was ended by a signal, or by the end of its one session.
+    int ExitStatus(bool bStopped) const {
+        return settings_.bOnce && (bStopped || !bSuccessful_) ? 1 : 0;
+    }
+
+  private:
+    const Settings& settings_;
+    int64_t lSessions_ = 0;
+    bool bSuccessful_ = false;
+};
+
+int Fail(const std::string& strError) {
+    std::fprintf(stderr, "brenniksim service: %s\n", strError.c_str());
+    return 1;
+}
+
+int ServePort(const Settings& settings) {
+    SessionMaker sessions(settings);
+    ConnectionServer server([&](const std::string& strPeer) { return sessions.Make(strPeer); },
+                            [&](FarEnd& farEnd) { sessions.Done(farEnd); });
+    std::string strError;
+    if (!server.Listen(settings.strListen.value_or("127.0.0.1:0"), strError)) {
+        return Fail(strError);
+    }
+    const StopSignals signals;
     Print("listening on " + server.strListening());
-    const bool bStopped = !server.Run(settings.bOnce);
-    return settings.bOnce && (bStopped || !bSuccessful) ? 1 : 0;
+    return sessions.ExitStatus(!server.Run(signals, settings.bOnce));
+}
+
+int ServeLine(const Settings& settings) {
+    const std::string& strPath = *settings.strSerial;
+    SessionMaker sessions(settings);
+    const auto onDevice = [&](const std::string& strDevice) {
+        if (settings.reporting == Reporting::Events) {
+            Print(strPath + " is " + strDevice);
+        }
+    };
+    const StopSignals signals; // from here on they take the link at the path away again
+    SerialServer server(strPath, settings.lRate,
+                        {[&] { return sessions.Make(strPath); },
+                         [&](FarEnd& farEnd) { sessions.Done(farEnd); }, onDevice});
+    std::string strError;
+    if (!server.Open(strError)) {
+        return Fail(strError);
+    }
+    Print("listening on " + strPath);
+    const bool bStopped = !server.Run(signals, settings.bOnce, strError);
+    return strError.empty() ? sessions.ExitStatus(bStopped) : Fail(strError);
 }
 
 } // namespace
@@ -223,7 +291,7 @@ int RunService(const std::vector<std::string>& arguments) {
         return 0;
     }
     ServeFolder(settings);
-    return Serve(settings);
+    return settings.strSerial ? ServeLine(settings) : ServePort(settings);
 }
 
 } // namespace brennik::sim

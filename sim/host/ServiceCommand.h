@@ -1,6 +1,6 @@
-// The command "brenniksim service": the far end of client sessions on a TCP port, serving a
-// folder. It reads the options, makes a ServiceBehaviour for each connection and reports.
-// Tests run it as a child process.
+// The command "brenniksim service": the far end of client sessions on a TCP port or a serial
+// line, serving a folder. It reads the options, makes a ServiceBehaviour for each connection and
+// reports. Tests run it as a child process.
 #pragma once
 
 #include <string>

@@ -518,6 +518,46 @@ TEST(ServiceBehaviourScript, Resets) {
     EXPECT_FALSE(play.Behaviour().NextDeadline());
 }
 
+TEST(ServiceBehaviourScript, HangsUpAtAnyPlace) {
+    const struct {
+        std::string_view strPlace;
+        size_t nFrames;
+    } cases[] = {{"start", 0}, {"request", 0}, {"frame 2", 1}, {"end", 3}};
+    for (const auto& row : cases) {
+        ServicePlay play(ThreeFrames(), "at " + std::string(row.strPlace) + " hang-up 250");
+        play.Connect();
+        play.Say(BuildFrame(ServicePlay::kRequest));
+        for (size_t n = 0; n < row.nFrames; ++n) {
+            EXPECT_FALSE(play.Wire().Back()) << row.strPlace;
+            play.Ack();
+        }
+        EXPECT_EQ(play.Wire().Back(), 250'000) << row.strPlace;
+        EXPECT_FALSE(play.Wire().bClosed()) << row.strPlace;
+        EXPECT_FALSE(play.Wire().bReset()) << row.strPlace;
+        EXPECT_EQ(play.Behaviour().Outcome(), ServiceOutcome::EndedByScript) << row.strPlace;
+        EXPECT_FALSE(play.Behaviour().NextDeadline()) << row.strPlace;
+        play.Sent();
+        play.Ack();
+        EXPECT_EQ(play.Sent(), "") << row.strPlace;
+    }
+}
+
+TEST(ServiceBehaviourScript, HangsUpByAResetWhereThereIsNoLine) {
+    class Connection : public sim::Wire {
+      public:
+        void Send(std::string_view /*strBytes*/) override {}
+        void Close() override {}
+        void Reset() override { bReset = true; }
+        bool bReset = false;
+    } connection;
+    sim::ServiceOptions options;
+    options.script = GoodScript("at start hang-up");
+    sim::ServiceBehaviour behaviour(Empty(), options);
+    behaviour.Connected(connection, 1);
+    EXPECT_TRUE(connection.bReset);
+    EXPECT_EQ(behaviour.Outcome(), ServiceOutcome::EndedByScript);
+}
+
 TEST(ServiceBehaviourScript, SendsRawBytesWithoutWaiting) {
     ServicePlay play(ThreeFrames(), "at start bytes \"AT\" 0D\nat frame 2 bytes NAK*2\n"
                                     "at frame 2 bytes FF");

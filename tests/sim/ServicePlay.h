@@ -29,9 +29,13 @@ class NotingWire : public sim::Wire {
     void Send(std::string_view strBytes) override { sends_.emplace_back(strBytes); }
     void Close() override { bClosed_ = true; }
     void Reset() override { bReset_ = true; }
+    void HangUp(sim::Microseconds back) override { back_ = back; }
 
     bool bClosed() const { return bClosed_; }
     bool bReset() const { return bReset_; }
+
+    /// How long the line was to be down, once it was hung up.
+    std::optional<sim::Microseconds> Back() const { return back_; }
 
     /// What was sent since the last call, send by send.
     std::vector<std::string> TakeSends() { return std::exchange(sends_, {}); }
@@ -40,6 +44,7 @@ class NotingWire : public sim::Wire {
     std::vector<std::string> sends_;
     bool bClosed_ = false;
     bool bReset_ = false;
+    std::optional<sim::Microseconds> back_;
 };
 
 class ServicePlay {

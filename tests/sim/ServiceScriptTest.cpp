@@ -72,6 +72,29 @@ TEST(ServiceScript, FragmentsWithoutAPauseByDefault) {
     EXPECT_EQ(GoodScript("fragment 1").DefaultFragmenting().pause, 0);
 }
 
+TEST(ServiceScript, HangsUpForASecondByDefault) {
+    EXPECT_EQ(OnlyAction("at start hang-up", ScriptPlace::Start).pause, 1'000'000);
+}
+
+TEST(ServiceScript, HoldsForEverySessionByDefault) {
+    const ServiceScript script = GoodScript("no-enq\nat start close");
+    for (const int64_t lSession : {int64_t{1}, int64_t{2}, int64_t{1'000'000'000'000}}) {
+        EXPECT_FALSE(script.ForSession(lSession).bSendEnq());
+        EXPECT_EQ(script.ForSession(lSession).ActionsAt(ScriptPlace::Start).size(), 1U);
+    }
+}
+
+TEST(ServiceScript, ChangesNothingInLaterSessionsThanItSays) {
+    const ServiceScript script = GoodScript("at start close\nsessions 2\nno-enq\nresends 4");
+    EXPECT_FALSE(script.ForSession(1).bSendEnq());
+    EXPECT_EQ(script.ForSession(1).ActionsAt(ScriptPlace::Start).size(), 1U);
+    EXPECT_EQ(script.ForSession(2).Limits().lResends, 4);
+    EXPECT_FALSE(script.ForSession(2).bNoActions());
+    EXPECT_TRUE(script.ForSession(3).bNoActions());
+    EXPECT_TRUE(script.ForSession(3).bSendEnq());
+    EXPECT_EQ(script.ForSession(3).Limits().lResends, 10);
+}
+
 TEST(ServiceScript, TheLastOfEqualStatementsCounts) {
     EXPECT_TRUE(GoodScript("end-with U\nend-with S").bEndsWithSuccess());
     EXPECT_EQ(GoodScript("nak-request 2\nnak-request 5").lRequestNaks(), 5);
@@ -82,6 +105,10 @@ TEST(ServiceScript, ReadsEachAction) {
     EXPECT_EQ(OnlyAction("at request silence", ScriptPlace::Request).kind, Kind::Silence);
     EXPECT_EQ(OnlyAction("at end close", ScriptPlace::End).kind, Kind::Close);
     EXPECT_EQ(OnlyAction("at end reset", ScriptPlace::End).kind, Kind::Reset);
+    const ScriptAction hangUp = OnlyAction("at request hang-up 250", ScriptPlace::Request);
+    EXPECT_EQ(hangUp.kind, Kind::HangUp);
+    EXPECT_EQ(hangUp.pause, 250'000);
+    EXPECT_EQ(OnlyAction("at frame 1 hang-up 0", ScriptPlace::Frame, 1).pause, 0);
     const ScriptAction bytes = OnlyAction("at start bytes 02 \"x\"", ScriptPlace::Start);
     EXPECT_EQ(bytes.kind, Kind::Bytes);
     EXPECT_EQ(bytes.strBytes, "\x02x");
@@ -137,6 +164,9 @@ TEST(ServiceScript, TellsWhatIsWrongAndWhere) {
                            " 1000000000, not \"-1\""},
         {"wrong-check x", "line 1: a number of times must be a whole number from 0 to"
                           " 1000000000, not \"x\""},
+        {"sessions 0", "line 1: a number of sessions must be a whole number from 1 to 1000000000,"
+                       " not \"0\""},
+        {"sessions", "line 1: a number of sessions is missing at the end of the line"},
         {"fragment 0", "line 1: a number of bytes must be a whole number from 1 to 1000000000,"
                        " not \"0\""},
         {"fragment 1 2 3", "line 1: nothing more is expected at \"3\""},
@@ -160,6 +190,9 @@ TEST(ServiceScript, TellsWhatIsWrongAndWhere) {
         {"at end", "line 1: an action is missing at the end of the line"},
         {"at end explode", "line 1: unknown action \"explode\""},
         {"at end close now", "line 1: nothing more is expected at \"now\""},
+        {"at end hang-up soon", "line 1: a time in milliseconds must be a whole number from 0 to"
+                                " 86400000, not \"soon\""},
+        {"at end hang-up 1 2", "line 1: nothing more is expected at \"2\""},
         {"at end bytes", "line 1: bytes are missing at the end of the line"},
         {"at end packet \"x", "line 1: a quoted text has no closing quote"},
         {"at start wrong-check 1", "line 1: wrong-check needs a frame or the end as its place"},

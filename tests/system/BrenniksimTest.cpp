@@ -3,20 +3,18 @@
 #include "tests/system/PlainSocket.h"
 #include "tests/system/ProgramRun.h"
 #include "tests/system/Sandbox.h"
+#include "tests/system/SimService.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <charconv>
 #include <csignal>
-#include <cstdint>
 #include <filesystem>
 #include <memory>
 #include <string>
 #include <string_view>
 #include <sys/resource.h>
 #include <unistd.h>
-#include <utility>
 #include <vector>
 
 namespace brennik {
@@ -24,77 +22,21 @@ namespace {
 
 using namespace std::string_literals;
 using namespace std::string_view_literals;
+using system_tests::Begin;
+using system_tests::Ended;
+using system_tests::kRequest;
+using system_tests::kSuccess;
+using system_tests::kVariable;
 using system_tests::PlainSocket;
 using system_tests::ProgramRun;
+using system_tests::RunSim;
+using system_tests::SimService;
+using system_tests::TakePayload;
 using system_tests::TempFolder;
 using system_tests::WriteFile;
 using testing::HasSubstr;
 using testing::MatchesRegex;
 using testing::StartsWith;
-
-constexpr std::string_view kRequest = "\x02VFI,P,XDL,F,A,T,E,16,0,P,R,C\x03\xCB\xE8"sv;
-constexpr std::string_view kSuccess = "\x02S\x03\x6A\x0F"sv;
-constexpr std::string_view kVariable = "\x02LA\x1C"
-                                       "B\x03\x05\x81"sv;
-
-struct Ended {
-    int nExit;
-    std::string strOutput;
-    std::string strErrors;
-};
-
-Ended RunSim(std::vector<std::string> arguments) {
-    arguments.insert(arguments.begin(), BRENNIK_SIM_PROGRAM);
-    ProgramRun program(arguments);
-    const int nExit = program.Wait();
-    return {nExit, program.strOut(), program.strErr()};
-}
-
-/// A running service whose first line has been read.
-class Service {
-  public:
-    explicit Service(std::vector<std::string> arguments)
-        : program_(Arguments(std::move(arguments))) {
-        EXPECT_TRUE(system_tests::Eventually([&] { return nFirstLine() > 0; }));
-        const std::string strLine = program_.strOut().substr(0, nFirstLine());
-        EXPECT_THAT(strLine, MatchesRegex("listening on 127\\.0\\.0\\.1:[1-9][0-9]*\n"))
-            << program_.strErr();
-        const size_t nDigits = strLine.rfind(':') + 1;
-        std::from_chars(strLine.data() + nDigits, strLine.data() + strLine.size(), iPort_);
-    }
-
-    uint16_t iPort() const { return iPort_; }
-    ProgramRun& Program() { return program_; }
-
-    /// What it printed behind the first line.
-    std::string strReport() const { return program_.strOut().substr(nFirstLine()); }
-
-  private:
-    static std::vector<std::string> Arguments(std::vector<std::string> arguments) {
-        arguments.insert(arguments.begin(), {BRENNIK_SIM_PROGRAM, "service"});
-        return arguments;
-    }
-
-    size_t nFirstLine() const { return program_.strOut().find('\n') + 1; }
-
-    ProgramRun program_;
-    uint16_t iPort_ = 0;
-};
-
-/// Reads ENQ, makes the request and reads its ACK.
-void Begin(PlainSocket& socket) {
-    ASSERT_TRUE(socket.bConnected());
-    ASSERT_EQ(socket.Receive(1), "\x05");
-    socket.Send(kRequest);
-    ASSERT_EQ(socket.Receive(1), "\x06");
-}
-
-/// Reads a frame of a known size, acknowledges it and gives its payload.
-std::string TakePayload(PlainSocket& socket, size_t nPayload, bool bWrite = false) {
-    const std::string strFrame = socket.Receive(nPayload + (bWrite ? 3 : 4));
-    socket.Send("\x06");
-    return strFrame.substr(1, nPayload);
-}
 
 TEST(Brenniksim, TellsItsUseAndItsVersion) {
     const Ended help = RunSim({"--help"});
@@ -108,8 +50,9 @@ TEST(Brenniksim, TellsItsUseAndItsVersion) {
     const Ended service = RunSim({"service", "--help"});
     EXPECT_EQ(service.nExit, 0);
     EXPECT_THAT(service.strOutput, StartsWith("usage: brenniksim service [options]\n"));
-    for (const char* strOption : {"--listen", "--serve", "--block", "--config", "--message",
-                                  "--script", "--once", "--quiet", "--verbose", "--help"}) {
+    for (const char* strOption :
+         {"--listen", "--serial", "--rate", "--serve", "--block", "--config", "--message",
+          "--script", "--once", "--quiet", "--verbose", "--help"}) {
         EXPECT_THAT(service.strOutput, HasSubstr("\n  "s + strOption));
     }
 }
@@ -132,6 +75,13 @@ TEST(Brenniksim, RefusesBadCommandLinesInOneLine) {
         {{"service", "--block", "1k"}, "--block needs a whole number from 1 to 65535, not \"1k\""},
         {{"service", "--config", "A"}, "--config needs NAME=VALUE, not \"A\""},
         {{"service", "--config", "=B"}, "--config needs NAME=VALUE, not \"=B\""},
+        {{"service", "--serial", "/tmp/a", "--listen", "127.0.0.1:0"},
+         "--serial and --listen exclude each other"},
+        {{"service", "--rate", "9600"}, "--rate needs --serial"},
+        {{"service", "--serial=/tmp/a", "--rate", "49"},
+         "--rate needs a whole number from 50 to 4000000, not \"49\""},
+        {{"service", "--serial=/tmp/a", "--rate", "4000001"},
+         "--rate needs a whole number from 50 to 4000000, not \"4000001\""},
         {{"service", "--message", "a\x03z"}, "--message can't hold the byte ETX"},
         {{"service", "--config", "a=\x03"}, "--config can't hold the byte ETX"},
         {{"service", "--serve", "/nowhere"}, "/nowhere: No such file or directory"},
@@ -155,7 +105,7 @@ TEST(Brenniksim, RefusesAWrongScriptWithItsLine) {
 }
 
 TEST(Brenniksim, FailsWhenItCannotListen) {
-    const Service service({});
+    const SimService service({});
     const Ended taken =
         RunSim({"service", "--listen", "127.0.0.1:" + std::to_string(service.iPort())});
     EXPECT_EQ(taken.nExit, 1);
@@ -173,7 +123,7 @@ TEST(Brenniksim, RefusesWhatIsNoAddressAndPort) {
 }
 
 TEST(Brenniksim, ServesASessionOnceAndEndsWithStatusZero) {
-    Service service({"--once", "--config", "A=B"});
+    SimService service({"--once", "--config", "A=B"});
     PlainSocket socket(service.iPort());
     Begin(socket);
     EXPECT_EQ(socket.Receive(8), kVariable);
@@ -191,7 +141,7 @@ TEST(Brenniksim, ServesASessionOnceAndEndsWithStatusZero) {
 }
 
 TEST(Brenniksim, EndsOnceWithStatusOneWhenTheClientLeaves) {
-    Service service({"--once"});
+    SimService service({"--once"});
     PlainSocket socket(service.iPort());
     Begin(socket);
     EXPECT_EQ(socket.Receive(5), kSuccess);
@@ -201,7 +151,7 @@ TEST(Brenniksim, EndsOnceWithStatusOneWhenTheClientLeaves) {
 }
 
 TEST(Brenniksim, TakesNoSecondConnectionWithOnce) {
-    Service service({"--once", "--quiet"});
+    SimService service({"--once", "--quiet"});
     PlainSocket socket(service.iPort());
     ASSERT_EQ(socket.Receive(1), "\x05");
     EXPECT_FALSE(PlainSocket(service.iPort()).bConnected());
@@ -213,7 +163,7 @@ TEST(Brenniksim, TakesNoSecondConnectionWithOnce) {
 TEST(Brenniksim, EndsOnceWithStatusOneAfterUnsuccessful) {
     const TempFolder folder;
     WriteFile(folder / "script", "end-with U\n");
-    Service service({"--once", "--script", folder / "script"});
+    SimService service({"--once", "--script", folder / "script"});
     PlainSocket socket(service.iPort());
     Begin(socket);
     EXPECT_EQ(socket.Receive(5), "\x02U\x03\x7E\x0F"sv);
@@ -223,7 +173,7 @@ TEST(Brenniksim, EndsOnceWithStatusOneAfterUnsuccessful) {
 }
 
 TEST(Brenniksim, ServesSeveralConnectionsAtOnce) {
-    Service service({"--quiet", "--config", "A=B"});
+    SimService service({"--quiet", "--config", "A=B"});
     std::vector<std::unique_ptr<PlainSocket>> sockets;
     for (int n = 0; n < 20; ++n) {
         sockets.push_back(std::make_unique<PlainSocket>(service.iPort()));
@@ -246,10 +196,10 @@ TEST(Brenniksim, ServesSeveralConnectionsAtOnce) {
 
 TEST(Brenniksim, EndsInOrderOnSignals) {
     for (const int signal : {SIGINT, SIGTERM}) {
-        Service idle({});
+        SimService idle({});
         idle.Program().Signal(signal);
         EXPECT_EQ(idle.Program().Wait(), 0);
-        Service busy({"--once"});
+        SimService busy({"--once"});
         PlainSocket socket(busy.iPort());
         Begin(socket);
         busy.Program().Signal(signal);
@@ -265,7 +215,7 @@ TEST(Brenniksim, ServesFoldersAsDrivesAndGroups) {
     WriteFile(folder / "z.txt", "0123456789abcdefXYZ");
     WriteFile(folder / "F/f.txt", "");
     WriteFile(folder / "F/2/deep.bin", "\x03\x02"sv);
-    Service service({"--once", "--serve", folder.strPath()});
+    SimService service({"--once", "--serve", folder.strPath()});
     PlainSocket socket(service.iPort());
     Begin(socket);
     const auto takeOpen = [&](const std::string& strSize, const std::string& strName) {
@@ -296,7 +246,7 @@ TEST(Brenniksim, ServesFoldersAsDrivesAndGroups) {
 TEST(Brenniksim, HonoursItsBlockSizeOverTheRequest) {
     const TempFolder folder;
     WriteFile(folder / "a", std::string(70'000, 'x'));
-    Service service({"--once", "--serve", folder.strPath(), "--block", "65535"});
+    SimService service({"--once", "--serve", folder.strPath(), "--block", "65535"});
     PlainSocket socket(service.iPort());
     Begin(socket);
     TakePayload(socket, 41);
@@ -334,7 +284,7 @@ TEST(Brenniksim, RefusesToServeWhatNoClientWouldStore) {
 TEST(Brenniksim, EndsWithUnsuccessfulWhenAFileHasGone) {
     const TempFolder folder;
     WriteFile(folder / "a", "x");
-    Service service({"--serve", folder.strPath()});
+    SimService service({"--serve", folder.strPath()});
     std::filesystem::remove(folder / "a");
     PlainSocket socket(service.iPort());
     Begin(socket);
@@ -345,13 +295,13 @@ TEST(Brenniksim, ClosesAndResetsByScript) {
     const TempFolder folder;
     WriteFile(folder / "close", "at end bytes \"bye\"\nat end close\n");
     WriteFile(folder / "reset", "at end reset\n");
-    Service closing({"--once", "--script", folder / "close"});
+    SimService closing({"--once", "--script", folder / "close"});
     PlainSocket closed(closing.iPort());
     Begin(closed);
     EXPECT_EQ(closed.ReceiveToEnd(), "bye(closed)");
     closed.Close();
     EXPECT_EQ(closing.Program().Wait(), 1);
-    Service resetting({"--once", "--script", folder / "reset"});
+    SimService resetting({"--once", "--script", folder / "reset"});
     PlainSocket reset(resetting.iPort());
     ASSERT_EQ(reset.Receive(1), "\x05");
     reset.Send(kRequest);
@@ -363,7 +313,7 @@ TEST(Brenniksim, KeepsItsTimeLimitsByTheRealClock) {
     const TempFolder folder;
     WriteFile(folder / "script",
               "timeout answer 30\nat start pause 20\nat frame 1 fragment 3 10\n");
-    Service service({"--once", "--config", "A=B", "--script", folder / "script"});
+    SimService service({"--once", "--config", "A=B", "--script", folder / "script"});
     PlainSocket socket(service.iPort());
     Begin(socket);
     EXPECT_EQ(socket.ReceiveToEnd(), std::string(kVariable) + "(closed)");
@@ -375,7 +325,7 @@ TEST(Brenniksim, KeepsItsTimeLimitsByTheRealClock) {
 TEST(Brenniksim, CountsOneThingAsOne) {
     const TempFolder files;
     WriteFile(files / "a", "x");
-    Service service({"--once", "--serve", files.strPath()});
+    SimService service({"--once", "--serve", files.strPath()});
     PlainSocket socket(service.iPort());
     Begin(socket);
     TakePayload(socket, 41);
@@ -399,7 +349,7 @@ TEST(Brenniksim, RunsWithClosedStandardDescriptors) {
 }
 
 TEST(Brenniksim, TellsEachEventWhenAsked) {
-    Service service({"--once", "--verbose"});
+    SimService service({"--once", "--verbose"});
     PlainSocket socket(service.iPort());
     Begin(socket);
     EXPECT_EQ(socket.Receive(5), kSuccess);
@@ -423,7 +373,7 @@ TEST(Brenniksim, IsIdleWhileItWaits) {
     const TempFolder folder;
     WriteFile(folder / "script", "at start pause 600\n");
     const double before = SecondsOfChildren();
-    Service service({"--once", "--script", folder / "script"});
+    SimService service({"--once", "--script", folder / "script"});
     PlainSocket socket(service.iPort());
     Begin(socket);
     socket.Close();

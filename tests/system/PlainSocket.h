@@ -2,34 +2,22 @@
 // Nothing here sleeps; every wait is for an event, with a generous limit.
 #pragma once
 
-#include <cstddef>
+#include "tests/system/PlainPeer.h"
+
 #include <cstdint>
-#include <string>
 #include <string_view>
 
 namespace brennik::system_tests {
 
-/// A connection to a port of this machine, made at once. Waits end after ten seconds.
-class PlainSocket {
+/// A connection to a port of this machine, made at once. Its ends are "(closed)" and "(reset)".
+class PlainSocket : public PlainPeer {
   public:
     explicit PlainSocket(uint16_t iPort);
-    ~PlainSocket();
-    PlainSocket(const PlainSocket&) = delete;
-    PlainSocket& operator=(const PlainSocket&) = delete;
 
-    bool bConnected() const { return fd_ >= 0; }
-    void Send(std::string_view strBytes);
-
-    /// Exactly so many bytes; fewer when the connection or the limit ends first.
-    std::string Receive(size_t nCount);
-
-    /// What follows until the other end closes, then "(closed)", or "(reset)", or "(silent)".
-    std::string ReceiveToEnd();
-
-    void Close();
+    void Send(std::string_view strBytes) override;
 
   private:
-    int fd_ = -1;
+    std::string_view EndName(bool bInOrder) const override;
 };
 
 } // namespace brennik::system_tests

@@ -1,5 +1,4 @@
-#include "tests/system/ProgramRun.h"
-#include "tests/system/Sandbox.h"
+#include "tests/system/RealRun.h"
 
 #include <gtest/gtest.h>
 
@@ -17,76 +16,23 @@ namespace {
 namespace fs = std::filesystem;
 
 // brenniksim serves a folder to brennikclient over the loopback, both as real processes.
-class RealSession : public ::testing::Test {
+class RealSession : public RealRun {
   protected:
-    RealSession() {
-        for (const char* folder : {"config", "log", "served"})
-            fs::create_directory(folder_ / folder);
-    }
-
     void Serve(const std::vector<std::string>& options = {}) {
-        std::vector<std::string> arguments{BRENNIK_SIM_PROGRAM, "service", "--listen",
-                                           "127.0.0.1:0",       "--serve", folder_ / "served"};
-        arguments.insert(arguments.end(), options.begin(), options.end());
-        service_ = std::make_unique<ProgramRun>(arguments);
-        ASSERT_TRUE(Eventually([&] { return service_->strOut().find('\n') != std::string::npos; }));
-        const std::string strFirst = service_->strOut().substr(0, service_->strOut().find('\n'));
-        strPort_ = strFirst.substr(strFirst.rfind(':') + 1);
+        StartService({"--listen", "127.0.0.1:0"}, options);
+        const std::string strListening = service_->strListening();
+        strPort_ = strListening.substr(strListening.rfind(':') + 1);
     }
 
     void WriteProfile(const std::vector<std::string>& settings = {}) {
-        std::string strText = "[PROFILE_1]\r\nMode=0\r\nWorkingFolder=" + (folder_ / "received") +
-                              "\r\nTerminalID=T1\r\nApplicationID=APP\r\nBlockSize=1024\r\n"
-                              "DownloadType=F\r\nLogFilePath=" +
-                              (folder_ / "log") +
-                              "\r\nLogFileName=session.log\r\nLoggingEnabled=TRUE\r\n"
-                              "ServerIPAddress1=127.0.0.1\r\nServerPortNo1=" +
-                              strPort_ +
-                              "\r\nServerConnectTimeout=5\r\nConnectAttempts=1\r\n"
-                              "ReadPacketAttempts=1\r\nSendPacketAttempts=3\r\nCharTimeout=5\r\n"
-                              "ReadPacketTimeout=5\r\n";
-        for (const std::string& strSetting : settings)
-            strText += strSetting + "\r\n";
-        WriteFile(folder_ / "config/BrennikClient.ini", strText);
+        std::vector<std::string> all{"Mode=0", "ServerIPAddress1=127.0.0.1",
+                                     "ServerPortNo1=" + strPort_, "ServerConnectTimeout=5"};
+        all.insert(all.end(), settings.begin(), settings.end());
+        RealRun::WriteProfile(all);
     }
 
-    std::vector<std::string> ClientArguments() const {
-        return {BRENNIK_CLIENT_PROGRAM, "-configfiledir", folder_ / "config", "-profileid", "1"};
-    }
-
-    /// Runs the profile to its end: nothing on stdout and stderr, and exit status 0.
-    void RunClient(const std::function<void()>& inChild = {}) {
-        ProgramRun client(ClientArguments(), inChild);
-        EXPECT_EQ(client.Wait(), 0);
-        EXPECT_EQ(client.strOut(), "");
-        EXPECT_EQ(client.strErr(), "");
-    }
-
-    std::string Served(const std::string& strName) const {
-        return ReadFile(folder_ / ("served/" + strName));
-    }
-    std::string Received(const std::string& strName) const {
-        return ReadFile(folder_ / ("received/" + strName));
-    }
-    std::string Log() const { return ReadFile(folder_ / "log/session.log"); }
-    bool Logged(const std::string& strText) const {
-        return Log().find(strText) != std::string::npos;
-    }
-
-    TempFolder folder_;
-    std::unique_ptr<ProgramRun> service_;
     std::string strPort_ = "1";
 };
-
-std::string SomeBytes(size_t nCount) {
-    std::string strBytes;
-    uint32_t state = 12345;
-    while (strBytes.size() < nCount) {
-        state = state * 1664525 + 1013904223;
-        strBytes += static_cast<char>(state >> 24);
-    }
-    return strBytes;
-}
 
 TEST_F(RealSession, BringsEveryFileDownUnchanged) {
     fs::create_directories(folder_ / "served/F/2");

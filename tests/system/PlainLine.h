@@ -1,0 +1,33 @@
+// A plain serial line by which a test talks to a program of ours with bytes made by hand.
+// Nothing here sleeps; every wait is for an event, with a generous limit.
+#pragma once
+
+#include "tests/system/PlainPeer.h"
+
+#include <string>
+#include <string_view>
+
+namespace brennik::system_tests {
+
+/// A line opened at once, its settings left as they are. Its only end is "(hung up)".
+class PlainLine : public PlainPeer {
+  public:
+    explicit PlainLine(const std::string& strPath);
+
+    void Send(std::string_view strBytes) override;
+
+    /// Sets the line to 115200 bits per second and to pass bytes as they are, throwing nothing
+    /// away.
+    void SetRaw();
+
+    /// Sets it to what a person at a keyboard needs: lines, echo, translated line ends.
+    void SetCooked();
+
+    /// Takes the line for itself alone, for good.
+    void TakeForItself();
+
+  private:
+    std::string_view EndName(bool bInOrder) const override;
+};
+
+} // namespace brennik::system_tests
