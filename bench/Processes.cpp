@@ -79,7 +79,11 @@ ChildEnd WaitFor(pid_t child) {
         if (errno != EINTR)
             Fail(std::string("wait4: ") + std::strerror(errno));
     }
-    return {WIFEXITED(nStatus) && WEXITSTATUS(nStatus) == 0, usage.ru_maxrss, Now()};
+    const auto nanoseconds = [](const timeval& time) {
+        return int64_t{time.tv_sec} * 1000000000 + time.tv_usec * 1000;
+    };
+    return {WIFEXITED(nStatus) && WEXITSTATUS(nStatus) == 0, usage.ru_maxrss, Now(),
+            nanoseconds(usage.ru_utime) + nanoseconds(usage.ru_stime)};
 }
 
 void StopChild(pid_t child) {

@@ -36,9 +36,10 @@ pid_t StartProgram(const std::vector<std::string>& arguments, int64_t* lExecAt =
                    int nOutput = -1);
 
 struct ChildEnd {
-    bool bGood = false;   ///< it ended by itself with status 0
-    int64_t lPeakKiB = 0; ///< the most memory it held at any moment
-    int64_t lEndedAt = 0; ///< when it was found to have ended
+    bool bGood = false;          ///< it ended by itself with status 0
+    int64_t lPeakKiB = 0;        ///< the most memory it held at any moment
+    int64_t lEndedAt = 0;        ///< when it was found to have ended
+    int64_t lCpuNanoseconds = 0; ///< that it ran, in itself and in the system
 };
 
 ChildEnd WaitFor(pid_t child);

@@ -129,6 +129,35 @@ def sessions(raw, goals):
            "/ bare", "log bytes a frame", "service / sender"], rows)
 
 
+def lines(raw, goals):
+    print("#### A client session over a serial line\n\nA pseudo-terminal with brenniksim behind it, "
+          "blocks of 1024 bytes. The limit is what the behaviour itself sets: a frame of 1034 "
+          "bytes and an ACK on the line,\nand the 10 ms of silence that end a delivery. Times are "
+          "for one more block.\n")
+    rows = []
+    for place, path in places(raw, "lines"):
+        figures = Figures(path)
+        for rate in figures.sizes("line"):
+            def per_block(what):
+                many, one = (figures.of("line", rate, f"{what}-{which}") for which in ("many", "one"))
+                return median((many[n].ns - one[n].ns) / (many[n].count - one[n].count)
+                              for n in many if n in one)
+            time, cpu = per_block("time") / 1e6, per_block("cpu") / 1e3
+            limit = (1035 * 10 / rate * 1e3 if rate else 0) + 10
+            share = f"{1034 * 10 / rate * 1e3 / time:.2f}" if rate else ""
+            rows.append([f"{place}, {whole(rate) + ' bit/s' if rate else 'not paced'}",
+                         f"{time:.2f} ms", f"{limit:.2f} ms", f"{limit / time:.3f}", share,
+                         f"{cpu:.0f} us"])
+            if rate:
+                goals.at_least(f"line of {whole(rate)} bit/s, share of the limit", place, 0.97,
+                               limit / time, "{:.3f}")
+            else:
+                goals.below("line not paced, a frame", place, 10.5, time, "ms")
+                goals.below("line not paced, processor time of a frame", place, 200, cpu, "us")
+    table(["ends, line", "a block", "limit", "share of the limit", "share of the line",
+           "processor time"], rows)
+
+
 def start(raw, goals):
     print("#### Cold start\n\nFrom exec to the first connection, with a file of 50 profiles; the "
           "limit is a program that does nothing but connect.\n")
@@ -267,7 +296,7 @@ def main():
     print()
     with open(os.path.join(raw, "machine.txt")) as text:
         print("Measured on " + text.read().replace("\n", "; ").rstrip("; ") + ".\n")
-    for part in [peers] if what == "peers" else [sessions, pieces, start, growth]:
+    for part in [peers] if what == "peers" else [sessions, lines, pieces, start, growth]:
         part(raw, goals)
     goals.print()
 
