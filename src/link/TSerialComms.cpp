@@ -22,6 +22,10 @@ constexpr int32_t kPauseOfFailedOpenMs = 250;
 constexpr int32_t kBlockSize = 1000;
 constexpr int32_t kDelayOfBlocksMs = 10;
 
+/// The most that one read delivers, twice the largest frame: a line that babbles without a pause
+/// must not keep the layer above from looking at its time limit, nor take memory without end.
+constexpr size_t kMostDelivered = size_t{128} * 1024;
+
 /// The labels of the log, by the positions of the parameters; nothing for any other position.
 template <size_t nLabels>
 std::string_view LabelOf(const std::array<std::string_view, nLabels>& labels, int32_t lPosition) {
@@ -143,7 +147,7 @@ int32_t TSerialComms::ReadData(std::string& strData) {
         strData.clear();
         int32_t lResult = kFailure;
         std::string strByte;
-        for (;;) {
+        while (strData.size() < kMostDelivered) {
             PumpEvents();
             switch (Port().ReadData(strByte, 1)) {
             case 1:
@@ -158,6 +162,7 @@ int32_t TSerialComms::ReadData(std::string& strData) {
                 return lResult;
             }
         }
+        return lResult;
     });
 }
 

@@ -144,6 +144,16 @@ TEST_F(TSerialCommsTransferTest, AByteThatArrivesMeanwhileLengthensTheDelivery) 
     EXPECT_EQ(strData, "late");
 }
 
+TEST_F(TSerialCommsTransferTest, ALineThatNeverPausesIsDeliveredInParts) {
+    ConnectToPeer();
+    host.RecordCalls(false);
+    Line().Feed(std::string(128 * 1024, 'x') + "rest");
+    EXPECT_EQ(comms->ReadData(strData), 0);
+    EXPECT_EQ(strData, std::string(128 * 1024, 'x'));
+    EXPECT_EQ(comms->ReadData(strData), 0);
+    EXPECT_EQ(strData, "rest");
+}
+
 TEST_F(TSerialCommsTransferTest, EventsRunBeforeEachByte) {
     ConnectToPeer();
     std::string strNext = "abcd";
