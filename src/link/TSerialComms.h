@@ -33,8 +33,8 @@ class TSerialComms final : public TCommsChannel {
     /// Sends in blocks of 1000 bytes with 10 ms between them.
     [[nodiscard]] int32_t WriteData(std::string_view strData) override;
 
-    /// Delivers what comes until 10 ms pass without a byte, at most 128 KiB. A failure behind the first byte shows
-    /// at the next read.
+    /// Delivers what comes until 10 ms pass without a byte, at most 128 KiB. A failure behind the
+    /// first byte shows at the next read.
     [[nodiscard]] int32_t ReadData(std::string& strData) override;
 
     /// One byte, or none after 10 ms.
