@@ -6,6 +6,7 @@
 #pragma once
 
 #include "session/DownloadProgress.h"
+#include "session/PassThruState.h"
 #include "support/Failure.h"
 
 #include <cstdint>
@@ -23,6 +24,8 @@ class TCommsChannel;
 class TConnectionInfo;
 class TFLClientLog;
 class TIsoProtocol;
+class TSerialComms;
+class TSocketComms;
 
 /// What lCurrentState tells the status window, which knows each state by its number.
 enum class BrennikState : int32_t {
@@ -153,6 +156,90 @@ class TBrennikProtocol {
     /// Records a finished file, but no pseudo-file.
     void AddToDownloadArray(const std::string& strFolder, const std::string& strFilename);
 
+    // DeviceHandshake.cpp. The configuration is written to as far as is told; the packet of a
+    // device is edited in place.
+
+    /// Brings the device to its first request of a cycle: polls it with ENQ at changing rates, or
+    /// tells it what to do, then classifies and edits what came. 0, or 1 with the error set; the
+    /// state is set for an upload and a forced full download in either case. strPTID keeps its
+    /// value where the packet has none to give.
+    [[nodiscard]] int32_t
+    GetFirstPacketFromDevice(TBrennikClientConfig& oConfig, TSerialComms& oSerialComms,
+                             TIsoProtocol& oDeviceLink, TConnectionInfo& oConnection,
+                             const std::string& strConfigFileLoc, int32_t lProfileId,
+                             TFLClientLog& oLog, std::string& strPacket, std::string& strPTID,
+                             PassThruState& lPassThruState);
+
+    /// Tells the device what to do and reads its first real packet: 0, or 1 with the error set.
+    /// Serves a forced full download as well.
+    [[nodiscard]] int32_t GetFirstPacketFromDeviceForUpload(TBrennikClientConfig& oConfig,
+                                                            TIsoProtocol& oDeviceLink,
+                                                            std::string& strPacket,
+                                                            std::string& strPTID);
+
+    /// Waits until the device is ready again, tells an error, or lTimeout seconds are over; the
+    /// first 20 of them in one sleep.
+    void WaitForDeviceReboot(TIsoProtocol& oDeviceLink, int32_t lTimeout, TFLClientLog& oLog,
+                             const TBrennikClientConfig& oConfig);
+
+    /// The other of the two rates at which devices call; lBaudRate itself without bAutoBaud.
+    static int32_t NextAutoBaudRate(bool bAutoBaud, int32_t lBaudRate);
+
+    /// What the polling of a device works on and has come to. Borrows all that it names.
+    struct DevicePoll {
+        TBrennikClientConfig& oConfig;
+        TSerialComms& oSerialComms;
+        TIsoProtocol& oDeviceLink;
+        TConnectionInfo& oConnection;
+        TFLClientLog& oLog;
+        std::string& strPacket;
+        int32_t lBaudRate = 0;
+        bool bGotPacket = false;
+        bool bFatal = false; ///< a frame was begun and not completed
+
+        void SetNextBaudRate();
+        void LogBaudRate() const;
+    };
+    [[nodiscard]] bool PollDevice(DevicePoll& poll);
+    void PollDeviceOnce(DevicePoll& poll);
+    [[nodiscard]] int32_t ClassifyFirstPacket(TBrennikClientConfig& oConfig,
+                                              TIsoProtocol& oDeviceLink, TFLClientLog& oLog,
+                                              std::string& strPacket, std::string& strPTID,
+                                              PassThruState& lPassThruState);
+    static void SubstituteIdsAndTitles(const TBrennikClientConfig& oConfig,
+                                       bool bSubstituteApplicationOnPartial,
+                                       std::string& strPacket);
+    [[nodiscard]] int32_t DownloadTmsApplication(TBrennikClientConfig& oConfig,
+                                                 TIsoProtocol& oDeviceLink, TFLClientLog& oLog,
+                                                 const std::string& strPacket,
+                                                 PassThruState& lPassThruState);
+
+    /// Takes the terminal id of profile 2 over into profile 1. Has no caller today.
+    void CopyTerminalIdFromProfile(const std::string& strConfigFileLoc);
+
+    // TmsMode.cpp.
+
+    [[nodiscard]] bool AskForTransfer(const TBrennikClientConfig& oConfig,
+                                      TIsoProtocol& oDeviceLink, std::string& strReply);
+
+    /// Tells a device that doesn't call by itself to do so. True when its first request is in
+    /// strPacket; a failure stands in error_ and stops nothing.
+    [[nodiscard]] bool RequestTmsMode(const TBrennikClientConfig& oConfig,
+                                      TIsoProtocol& oDeviceLink, std::string& strPacket);
+
+    /// The same, carried through to the server and back: 0, or 1 with the error set. Both links
+    /// acknowledge from then on. Has no caller today.
+    [[nodiscard]] int32_t ForcePedIntoTmsMode(TBrennikClientConfig& oConfig,
+                                              TIsoProtocol& oDeviceLink, TIsoProtocol& oServerLink,
+                                              TSocketComms& oServerChannel,
+                                              TConnectionInfo& oServerConnection,
+                                              TFLClientLog& oLog, std::string& strPacket);
+    [[nodiscard]] bool PassEnquiry(TIsoProtocol& oDeviceLink, TIsoProtocol& oServerLink,
+                                   std::string& strPacket);
+
+    /// Puts the profile's values into a partial request that follows a refused enquiry.
+    void SubstituteProfileFields(const TBrennikClientConfig& oConfig, std::string& strPacket);
+
     ErrorState error_;
     std::unique_ptr<FileSystem> oFileSystem_;
     int32_t lFileHandle_ = kNoFile;
@@ -171,6 +258,8 @@ class TBrennikProtocol {
     int32_t lNumFilesDownloaded_ = 0;
     bool bTmsAppDownloadActive_ = false;
     std::unique_ptr<DownloadProgress> oTmsAppDownload_;
+    bool bTmsModeRequested_ = false; // across cycles: a device is told once to enter TMS mode
+    bool bDeviceAnswered_ = false;   // across cycles: it has answered a management message
 };
 
 } // namespace brennik
