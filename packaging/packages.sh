@@ -24,4 +24,4 @@ need_packages() {
 }
 
 # What it takes to build the two programs.
-build_packages=(g++ cmake ninja-build)
+build_packages=(g++ cmake ninja-build libssl-dev)

@@ -5,6 +5,7 @@
 #include "platform/Clock.h"
 #include "platform/ComPorts.h"
 #include "platform/Files.h"
+#include "platform/OstRtl.h"
 #include "platform/Processes.h"
 #include "platform/ProfileStrings.h"
 #include "platform/Sockets.h"
@@ -21,6 +22,7 @@ struct Host {
     Files& files;
     ProfileStrings& profileStrings;
     Processes& processes;
+    OstRtl& ostRtl;
 
     /// What PumpEvents calls; nothing at first.
     std::function<void()> pumpEvents = [] {};

@@ -6,6 +6,7 @@
 #include "platform/LinuxProcesses.h"
 #include "platform/LinuxProfileStrings.h"
 #include "platform/LinuxSockets.h"
+#include "platform/OpenSslRtl.h"
 #include "platform/ProgramFolder.h"
 
 namespace brennik {
@@ -21,7 +22,8 @@ struct LinuxHost {
     LinuxFiles files{hostFile.Drives(), programFolder.strFolder};
     LinuxProfileStrings profileStrings{hostFile.Drives()};
     LinuxProcesses processes{hostFile.Drives(), programFolder};
-    Host host{clock, sockets, comPorts, files, profileStrings, processes};
+    OpenSslRtl ostRtl;
+    Host host{clock, sockets, comPorts, files, profileStrings, processes, ostRtl};
 };
 
 } // namespace

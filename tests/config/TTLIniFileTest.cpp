@@ -2,6 +2,7 @@
 
 #include "platform/RuntimeFailure.h"
 #include "tests/world/SimHost.h"
+#include "tests/world/SwappedHost.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -212,14 +213,14 @@ TEST_F(TTLIniFileTest, FailingWriteShowsInItsResultAlone) {
 
 TEST_F(TTLIniFileTest, HandsTheResultOfTheWriteBackAsItStands) {
     FixedResult profileStrings;
-    Host fixed{host.clock, host.network, host.comPorts, host.files, profileStrings, host.processes};
+    Host fixed = world::Swapped(host.TheHost(), profileStrings);
     const ScopedHost scoped(fixed);
     EXPECT_EQ(ini.SetINIString("A", "k", "v"), 7);
 }
 
 TEST_F(TTLIniFileTest, NothingThrownLeavesIt) {
     ThrowingProfileStrings profileStrings;
-    Host throwing{host.clock, host.network, host.comPorts, host.files, profileStrings, host.processes};
+    Host throwing = world::Swapped(host.TheHost(), profileStrings);
     const ScopedHost scoped(throwing);
     EXPECT_EQ(ini.GetINIString("A", "k", "default", kIniBufferSize), "");
     EXPECT_EQ(ini.SetINIString("A", "k", "v"), 0);

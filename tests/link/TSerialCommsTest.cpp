@@ -409,7 +409,7 @@ class ClockWithoutPause final : public Clock {
 
 TEST_F(TSerialCommsTest, ConnectEndsARunTimeFailureInItsOwnText) {
     ClockWithoutPause clock(host.clock);
-    Host bad{clock, host.network, host.comPorts, host.files, host.profileStrings, host.processes};
+    Host bad = world::Swapped(host.TheHost(), clock);
     const ScopedHost scoped(bad);
     info.lConnectionAttempts(3);
     EXPECT_EQ(Connect(), 1);

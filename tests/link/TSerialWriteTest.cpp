@@ -176,6 +176,19 @@ TEST_F(TSerialWriteTest, ALineThatDoesntMoveTakesNothingWithinASecond) {
     EXPECT_EQ(TakeCalls(), Calls{"Write 1000"});
 }
 
+TEST_F(TSerialWriteTest, ASlowLineCostsASecondForEachBlock) {
+    info.lBaudRate(300); // 30 bytes a second
+    OpenAndConfigure();
+    Line().SetFarRate(300);
+    const Microseconds start = host.Now();
+    EXPECT_EQ(Write(Bytes(2500)), 2500);
+    EXPECT_EQ(host.Now() - start, 3 * kSecond + 2 * 10 * kMillisecond + 5); // five calls
+    EXPECT_EQ(TakeCalls(),
+              (Calls{"Write 1000", "Sleep 10", "Write 1000", "Sleep 10", "Write 500"}));
+    host.RunFor(100 * kSecond);
+    EXPECT_EQ(peer->Received(), Bytes(2500)) << "what was still moving has arrived";
+}
+
 TEST_F(TSerialWriteTest, AHungUpLineFailsTheWrite) {
     OpenAndConfigure();
     Line().HangUp();

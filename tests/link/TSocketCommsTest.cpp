@@ -3,6 +3,7 @@
 #include "platform/Host.h"
 #include "tests/link/TSocketCommsFixture.h"
 #include "tests/link/ThrowingSockets.h"
+#include "tests/world/SwappedHost.h"
 
 #include <gtest/gtest.h>
 
@@ -351,7 +352,7 @@ TEST_F(TSocketCommsTest, APartialWriteIsASuccess) {
 TEST_F(TSocketCommsTest, AWriteShowsItsBytesBehindARunTimeFailureToo) {
     ConnectToPeer();
     ThrowingSockets throwing;
-    Host bad{host.clock, throwing, host.comPorts, host.files, host.profileStrings, host.processes};
+    Host bad = world::Swapped(host.TheHost(), throwing);
     const ScopedHost scoped(bad);
     EXPECT_EQ(comms->WriteData("x\0y"s), 1);
     ExpectError(1000000, "TSocket.Send() Failed - Device I/O error Data=x\0y"s);
@@ -365,7 +366,7 @@ TEST_F(TSocketCommsTest, AChannelWhoseConnectFailedFailsToWrite) {
 
 TEST_F(TSocketCommsTest, ARunTimeFailureOfTheSocketUsesUpAnAttempt) {
     ThrowingSockets throwing;
-    Host bad{host.clock, throwing, host.comPorts, host.files, host.profileStrings, host.processes};
+    Host bad = world::Swapped(host.TheHost(), throwing);
     const ScopedHost scoped(bad);
     info.lConnectionAttempts(2);
     EXPECT_EQ(Connect(), 1);

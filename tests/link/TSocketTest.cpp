@@ -3,6 +3,7 @@
 #include "platform/Host.h"
 #include "tests/link/TSocketFixture.h"
 #include "tests/link/ThrowingSockets.h"
+#include "tests/world/SwappedHost.h"
 
 #include <gtest/gtest.h>
 
@@ -356,7 +357,7 @@ TEST_F(TSocketTest, GetIPAddressStopsAtAFailedStart) {
 
 TEST_F(TSocketTest, EveryOperationEndsARunTimeFailureInItsOwnText) {
     ThrowingSockets throwing;
-    Host bad{host.clock, throwing, host.comPorts, host.files, host.profileStrings, host.processes};
+    Host bad = world::Swapped(host.TheHost(), throwing);
     const ScopedHost scoped(bad);
     const std::string strWhy = "() Failed - Device I/O error";
     EXPECT_EQ(Open(), 1);

@@ -4,6 +4,7 @@
 #include "link/TSocket.h"
 #include "platform/Host.h"
 #include "tests/world/SimHost.h"
+#include "tests/world/SwappedHost.h"
 
 #include <gtest/gtest-spi.h>
 #include <gtest/gtest.h>
@@ -46,7 +47,7 @@ TEST_F(ThrowingSocketsTest, EveryCallThrows) {
 }
 
 TEST_F(ThrowingSocketsTest, FailATestThatExpectsASuccess) {
-    Host bad{host.clock, sockets, host.comPorts, host.files, host.profileStrings, host.processes};
+    Host bad = world::Swapped(host.TheHost(), sockets);
     const ScopedHost scoped(bad);
     TSocket socket;
     EXPECT_NONFATAL_FAILURE(EXPECT_EQ(socket.Send("x", 1), 0), "socket.Send");

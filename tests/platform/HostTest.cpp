@@ -40,7 +40,8 @@ TEST(Host, ScopedHostsNest) {
 TEST(Host, TheClocksOperationsUseTheCurrentHost) {
     StoppedClock clock;
     Host& real = RealHost();
-    Host host{clock, real.sockets, real.comPorts, real.files, real.profileStrings, real.processes};
+    Host host{clock,          real.sockets, real.comPorts, real.files, real.profileStrings,
+              real.processes, real.ostRtl};
     const ScopedHost scoped(host);
     EXPECT_EQ(SecondsSinceMidnight(), 12.5F);
     EXPECT_EQ(LocalNow(), (DateTime{2024, 11, 5, 7, 8, 9}));

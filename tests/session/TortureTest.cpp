@@ -194,7 +194,8 @@ class Ordeal {
         WatchedClock clock(host_.clock, sights_);
         WatchedSockets sockets(host_.network, sights_);
         WatchedComPorts comPorts(host_.comPorts, sights_);
-        Host watched{clock, sockets, comPorts, host_.files, host_.profileStrings, host_.processes};
+        Host watched{clock,           sockets,     comPorts, host_.files, host_.profileStrings,
+                     host_.processes, host_.ostRtl};
         ScopedHost scoped(watched);
         TBrennikClientConfig config;
         config.lOperatingMode(over_ == Over::Tcp ? 0 : 1);

@@ -1,4 +1,5 @@
 #include "tests/support/FileSystemFixture.h"
+#include "tests/world/SwappedHost.h"
 
 #include <memory>
 
@@ -308,7 +309,7 @@ class OddFilesTest : public FileSystemTest {
     OddFiles odd{host.ledger, host.clock};
 
   private:
-    Host oddHost_{host.clock, host.network, host.comPorts, odd, host.profileStrings, host.processes};
+    Host oddHost_ = world::Swapped(host.TheHost(), odd);
     ScopedHost oddScoped_{oddHost_};
 };
 

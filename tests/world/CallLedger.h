@@ -33,6 +33,7 @@ enum class Op : uint8_t {
     ComGetState,
     ComSetState,
     ComSetTimeouts,
+    OstRtl,
     OpenText,
     AppendLine,
     StreamRead,  ///< Read, ReadLine, ReadAll and AtEndOfStream

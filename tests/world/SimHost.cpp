@@ -10,7 +10,8 @@ SimHost::SimHost()
       files(ledger, clock),
       profileStrings(ledger, files),
       processes(timeline, ledger, files),
-      host_{clock, network, comPorts, files, profileStrings, processes, [this] {
+      ostRtl(ledger),
+      host_{clock, network, comPorts, files, profileStrings, processes, ostRtl, [this] {
                 ledger.Enter();
                 ++nPumps_;
                 // A hook may add a hook, so the list is walked by its places.

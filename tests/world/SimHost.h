@@ -10,6 +10,7 @@
 #include "tests/world/SimComPorts.h"
 #include "tests/world/SimFiles.h"
 #include "tests/world/SimNetwork.h"
+#include "tests/world/SimOstRtl.h"
 #include "tests/world/SimProcesses.h"
 #include "tests/world/SimProfileStrings.h"
 #include "tests/world/SimTimeline.h"
@@ -77,6 +78,7 @@ class SimHost {
     SimFiles files;
     SimProfileStrings profileStrings;
     SimProcesses processes;
+    SimOstRtl ostRtl;
 
   private:
     std::vector<std::function<void()>> pumpHooks_;

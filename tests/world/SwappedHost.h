@@ -6,21 +6,25 @@
 namespace brennik::world {
 
 /// Each borrows what it names, and all else from the host.
+inline Host Swapped(Host& host, Clock& clock) {
+    return {clock,          host.sockets, host.comPorts,  host.files, host.profileStrings,
+            host.processes, host.ostRtl,  host.pumpEvents};
+}
 inline Host Swapped(Host& host, Sockets& sockets) {
-    return {host.clock,          sockets,        host.comPorts,  host.files,
-            host.profileStrings, host.processes, host.pumpEvents};
+    return {host.clock,          sockets,        host.comPorts, host.files,
+            host.profileStrings, host.processes, host.ostRtl,   host.pumpEvents};
 }
 inline Host Swapped(Host& host, ComPorts& comPorts) {
-    return {host.clock,          host.sockets,   comPorts,       host.files,
-            host.profileStrings, host.processes, host.pumpEvents};
+    return {host.clock,          host.sockets,   comPorts,    host.files,
+            host.profileStrings, host.processes, host.ostRtl, host.pumpEvents};
 }
 inline Host Swapped(Host& host, Files& files) {
-    return {host.clock,          host.sockets,   host.comPorts,  files,
-            host.profileStrings, host.processes, host.pumpEvents};
+    return {host.clock,          host.sockets,   host.comPorts, files,
+            host.profileStrings, host.processes, host.ostRtl,   host.pumpEvents};
 }
 inline Host Swapped(Host& host, ProfileStrings& profileStrings) {
-    return {host.clock,     host.sockets,   host.comPorts,  host.files,
-            profileStrings, host.processes, host.pumpEvents};
+    return {host.clock,     host.sockets,   host.comPorts, host.files,
+            profileStrings, host.processes, host.ostRtl,   host.pumpEvents};
 }
 
 } // namespace brennik::world
