@@ -130,12 +130,16 @@ int32_t TBrennikProtocol::RunClientSession(TBrennikClientConfig& oConfig, int32_
 }
 
 void TBrennikProtocol::LogRunHeader(TFLClientLog& oLog, int32_t lProfileId) const {
+    LogProgramAndProfile(oLog, lProfileId);
+    oLog.Logit("Brennik Application=" + oConfig_->strApplicationID(), false);
+    oLog.Logit("Brennik Terminal Id=" + oConfig_->strTerminalId(), false);
+}
+
+void TBrennikProtocol::LogProgramAndProfile(TFLClientLog& oLog, int32_t lProfileId) {
     oLog.Logit("Brennik Client v" + ToDecimal(kVersionMajor) + "." + ToDecimal(kVersionMinor) +
                    "." + ToDecimal(kVersionRevision),
                false);
     oLog.Logit("Brennik Profile=" + ToDecimal(lProfileId), false);
-    oLog.Logit("Brennik Application=" + oConfig_->strApplicationID(), false);
-    oLog.Logit("Brennik Terminal Id=" + oConfig_->strTerminalId(), false);
 }
 
 bool TBrennikProtocol::PrepareSession(TCommsChannel& oChannel, TConnectionInfo& oConnInfo,

@@ -27,6 +27,8 @@ class TIsoProtocol;
 class TSerialComms;
 class TSocketComms;
 
+enum class BrennikPacketType : int32_t;
+
 /// What lCurrentState tells the status window, which knows each state by its number.
 enum class BrennikState : int32_t {
     Idle = 0,
@@ -118,8 +120,9 @@ class TBrennikProtocol {
     [[nodiscard]] bool ProcessSetPasswordPacket();
     [[nodiscard]] bool ProcessSetTimePacket();
 
-    /// The first lines of every run's log.
+    /// The first lines of a session's log, of which every cycle of a pass-through writes two.
     void LogRunHeader(TFLClientLog& oLog, int32_t lProfileId) const;
+    static void LogProgramAndProfile(TFLClientLog& oLog, int32_t lProfileId);
 
     /// Fills the connection values from the Server keys of the profile, or from its Client keys;
     /// the other properties of oConnInfo keep what they hold.
@@ -239,6 +242,43 @@ class TBrennikProtocol {
 
     /// Puts the profile's values into a partial request that follows a refused enquiry.
     void SubstituteProfileFields(const TBrennikClientConfig& oConfig, std::string& strPacket);
+
+    // KeyInjection.cpp.
+
+    /// Puts the key file of the profile into the device, bound to its PT id. Reports by log lines;
+    /// a failure of the link stands in error_ as well.
+    void InjectPublicKeyFile(TFLClientLog& oLog, const TBrennikClientConfig& oConfig,
+                             TIsoProtocol& oDeviceLink, const std::string& strPTID);
+    class KeyInjection;
+
+    // PassThru.cpp and PassThruRelay.cpp. What goes wrong stands in error_ and in the run's bError.
+
+    struct PassThruRun;
+    void DoPassThruCycle(PassThruRun& run);
+    void BeginPassThruCycle(PassThruRun& run);
+    [[nodiscard]] bool InitialisePassThruLink(PassThruRun& run, TIsoProtocol& oLink,
+                                              TCommsChannel& oChannel, bool bServerSide);
+    void EndPassThruCycle(PassThruRun& run);
+    static void LogWaitForReboot(PassThruRun& run, const char* strMark);
+
+    void ExchangeWithServer(PassThruRun& run);
+    void PassFirstPacketToServer(PassThruRun& run);
+    void RelayDownload(PassThruRun& run);
+    void RelayUpload(PassThruRun& run);
+    [[nodiscard]] bool ActOnRelayedFrame(PassThruRun& run, BrennikState lState, bool& bEnded);
+    void ShowRelayProgress(const TBrennikPacket& oPacket, BrennikPacketType type,
+                           BrennikState lState);
+
+    void ExchangeTmsEnquiry(PassThruRun& run);
+    [[nodiscard]] bool AskServerForEnquiry(PassThruRun& run);
+    [[nodiscard]] bool AnswerEnquiry(PassThruRun& run);
+    void ServeFallbackRequest(PassThruRun& run);
+
+    /// Sets text, code and state when a cancel was asked for, and tells whether it was.
+    bool AbortIfCancelled(PassThruRun& run);
+    template <class Source>
+    void FailPassThru(PassThruRun& run, const Source& source);
+    void FailRelay(PassThruRun& run, const TIsoProtocol& oLink);
 
     ErrorState error_;
     std::unique_ptr<FileSystem> oFileSystem_;

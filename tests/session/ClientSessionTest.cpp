@@ -319,15 +319,16 @@ TEST_F(ClientSession, WritesNoLogWithLoggingOff) {
 TEST_F(ClientSession, HandsEveryOtherModeToThePassThroughAtOnce) {
     for (int32_t lMode : {2, 3, 4, -1}) {
         config.lOperatingMode(lMode);
+        config.iClientComPort(99);
+        config.strClientIPAddress1("10.0.0.99");
+        config.lConnectAttempts(0); // the device side fails at once
         EXPECT_EQ(Run(), 1) << lMode;
+        EXPECT_EQ(engine->lErrorCode(), 1000010) << lMode;
         EXPECT_EQ(peer.nConnections(), 0) << lMode;
         EXPECT_FALSE(Exists("/srv/pos")) << "no step of the client session may run";
     }
-    const auto errors = Errors();
-    ASSERT_EQ(errors.size(), 4u);
-    EXPECT_EQ(errors[0], "Error Code=1000000, Error Message="
-                         "TBrennikProtocol.DoBrennikPassThruProtocol() Failed - This build has no "
-                         "pass-through (operating mode 2)");
+    EXPECT_EQ(Log()[2], "INFO   : [C] State=PASSTHRU_ST_START, lTries=1, Waiting for terminal to "
+                        "reboot...");
 }
 
 // ---- Run-time failures end the run at once.

@@ -1,0 +1,181 @@
+#include "config/TBrennikClientConfig.h"
+#include "link/CommsErrors.h"
+#include "passthru/PassThruRun.h"
+#include "platform/PumpEvents.h"
+#include "support/AsciiText.h"
+
+namespace brennik {
+
+namespace {
+
+constexpr const char* kAck = "\x06";
+
+} // namespace
+
+/// Server frames to the device, and each of its answers back. Nothing is changed in a frame, and
+/// nothing repairs one: a wrong check is passed on, and the far end's NAK brings the frame again.
+void TBrennikProtocol::RelayDownload(PassThruRun& run) {
+    bool bEnded = false;
+    while (!bEnded && !run.bError && !AbortIfCancelled(run)) {
+        run.strPacket.clear();
+        if (run.oServerLink.ReadPacket(run.strPacket, "") != 0) {
+            FailRelay(run, run.oServerLink);
+        } else if (run.oDeviceLink.SendPacket(run.strPacket) != 0) {
+            FailRelay(run, run.oDeviceLink);
+        } else if (run.oDeviceLink.ReadArbitraryData(run.strChar, run.oConfig.lCharTimeout(),
+                                                     false) != 0) {
+            FailRelay(run, run.oDeviceLink);
+        } else if (run.oServerLink.SendArbitraryData(run.strChar) != 0) {
+            FailRelay(run, run.oServerLink);
+        } else if (ActOnRelayedFrame(run, BrennikState::DownloadingFile, bEnded)) {
+            SetError(error_, CommsErrors::kDownloadFailed);
+            run.bError = true;
+        }
+    }
+}
+
+/// Device frames to the server. Each failure takes its text from the other link than the one that
+/// failed, which may hold an older one or none: it is meant so.
+void TBrennikProtocol::RelayUpload(PassThruRun& run) {
+    bool bEnded = false;
+    while (!bEnded && !run.bError && !AbortIfCancelled(run)) {
+        run.strPacket.clear();
+        if (run.oDeviceLink.ReadPacket(run.strPacket, "") != 0) {
+            FailRelay(run, run.oServerLink);
+        } else if (run.oServerLink.SendPacket(run.strPacket) != 0) {
+            FailRelay(run, run.oDeviceLink);
+        } else if (run.oServerLink.ReadArbitraryData(run.strChar, run.oConfig.lCharTimeout(),
+                                                     false) != 0) {
+            FailRelay(run, run.oDeviceLink);
+        } else if (run.oDeviceLink.SendArbitraryData(run.strChar) != 0) {
+            FailRelay(run, run.oServerLink);
+        } else if (ActOnRelayedFrame(run, BrennikState::UploadingFile, bEnded)) {
+            SetError(error_, CommsErrors::kUploadFailed);
+            run.bError = true;
+        }
+    }
+}
+
+/// What a relay learns from a frame that it has delivered: progress, and the end of the session,
+/// told by bEnded. True for the packet of a session that was unsuccessful.
+bool TBrennikProtocol::ActOnRelayedFrame(PassThruRun& run, BrennikState lState, bool& bEnded) {
+    bool bUnsuccessful = false;
+    if (run.oPacket.BreakOutPacket(run.strPacket) != 0) {
+        FailPassThru(run, run.oPacket); // delivered all the same
+    } else {
+        const BrennikPacketType type = run.oPacket.GetPacketType(run.strPacket);
+        ShowRelayProgress(run.oPacket, type, lState);
+        PumpEvents();
+        PumpEvents();
+        bEnded = type == BrennikPacketType::SessionSuccessful;
+        bUnsuccessful = type == BrennikPacketType::SessionUnsuccessful;
+    }
+    PumpEvents();
+    return bUnsuccessful;
+}
+
+void TBrennikProtocol::ShowRelayProgress(const TBrennikPacket& oPacket, BrennikPacketType type,
+                                         BrennikState lState) {
+    switch (type) {
+    case BrennikPacketType::OpenFile:
+    case BrennikPacketType::AppendFile:
+        strDownloadFileName_ = oPacket.strFilename();
+        lDownloadFileSize_ = oPacket.lFileSize();
+        lFileBytesDownloaded_ = 0;
+        lCurrentState_ = lState;
+        break;
+    case BrennikPacketType::WriteData:
+        lFileBytesDownloaded_ =
+            Narrow<int32_t>(int64_t{lFileBytesDownloaded_} + oPacket.lDataSize());
+        lCurrentState_ = lState;
+        break;
+    default:
+        break;
+    }
+}
+
+/// A short question and answer. Both links acknowledge by themselves here, since each far end
+/// talks to this system and not to the other.
+void TBrennikProtocol::ExchangeTmsEnquiry(PassThruRun& run) {
+    run.oLog.Logit("STATE=TMSENQUIRY", false);
+    const bool bServerAcks = run.oServerLink.bAckPackets();
+    const bool bDeviceAcks = run.oDeviceLink.bAckPackets();
+    run.oServerLink.bAckPackets(true);
+    run.oDeviceLink.bAckPackets(true);
+    if (AskServerForEnquiry(run) && AnswerEnquiry(run) &&
+        run.oEnquiry.IsErrorPacket(run.strPacket)) {
+        // Refused. The device falls back on an ordinary request, which is still carried out.
+        error_.Set(CommsErrors::kDownloadFailed.lErrorCode, run.oEnquiry.strErrorMessage());
+        run.lPassThruState = PASSTHRU_ST_USERABORTED;
+        ServeFallbackRequest(run);
+    }
+    static_cast<void>(AbortIfCancelled(run)); // the end of the cycle looks at the state
+    run.oServerLink.bAckPackets(bServerAcks);
+    run.oDeviceLink.bAckPackets(bDeviceAcks);
+}
+
+/// The enquiry to the server and its reply into strPacket.
+bool TBrennikProtocol::AskServerForEnquiry(PassThruRun& run) {
+    TIsoProtocol& oServerLink = run.oServerLink;
+    if (run.oServerChannel->Connect(run.oServerConnection, run.oLog) != 0) {
+        FailPassThru(run, *run.oServerChannel);
+    } else if (oServerLink.WaitForEnq() != 0) {
+        FailPassThru(run, oServerLink);
+    } else if (oServerLink.FlushBuffer() != 0) {
+        run.bError = true; // meant to take no text over
+    } else if (oServerLink.SendPacket(run.strPacket) != 0 ||
+               oServerLink.ReadPacket(run.strPacket, "") != 0) {
+        FailPassThru(run, oServerLink);
+    } else {
+        return true;
+    }
+    return false;
+}
+
+/// The reply to the device, behind the ACK of its enquiry, which it hasn't had until now.
+bool TBrennikProtocol::AnswerEnquiry(PassThruRun& run) {
+    if (run.oDeviceLink.SendArbitraryData(kAck) != 0) {
+        FailPassThru(run, run.oDeviceLink);
+        return false;
+    }
+    if (run.oDeviceLink.SendPacket(run.strPacket) != 0) {
+        FailPassThru(run, run.oDeviceLink);
+        // Once more, and whatever becomes of it shows in the log alone: it is meant so.
+        const int32_t lStatus = run.oDeviceLink.SendPacket(run.strPacket);
+        run.oLog.Logit("TMS Enq: Error " + ToDecimal(lStatus), false);
+        return false;
+    }
+    return true;
+}
+
+/// The first two failures take their text from the other link: it is meant so.
+void TBrennikProtocol::ServeFallbackRequest(PassThruRun& run) {
+    if (run.oDeviceLink.ReadPacket(run.strPacket, "") != 0) {
+        FailPassThru(run, run.oServerLink);
+        return;
+    }
+    SubstituteProfileFields(run.oConfig, run.strPacket);
+    if (run.oServerLink.SendPacket(run.strPacket) != 0) {
+        FailPassThru(run, run.oDeviceLink);
+        return;
+    }
+    bool bEnded = false;
+    while (!bEnded && !run.bError && !bCancelComms_) {
+        run.strPacket.clear();
+        if (run.oServerLink.ReadPacket(run.strPacket, "") != 0) {
+            FailRelay(run, run.oServerLink);
+        } else if (run.oDeviceLink.SendPacket(run.strPacket) != 0) {
+            FailRelay(run, run.oDeviceLink);
+        } else if (ActOnRelayedFrame(run, BrennikState::UploadingFile, bEnded)) {
+            SetError(error_, CommsErrors::kUploadFailed); // counts as ended, not as an error
+            bEnded = true;
+        }
+    }
+}
+
+void TBrennikProtocol::FailRelay(PassThruRun& run, const TIsoProtocol& oLink) {
+    FailPassThru(run, oLink);
+    PumpEvents();
+}
+
+} // namespace brennik
