@@ -23,7 +23,7 @@ constexpr int32_t kBlockSize = 1000;
 constexpr int32_t kDelayOfBlocksMs = 10;
 
 /// The most that one read delivers, twice the largest frame: a line that babbles without a pause
-/// must not keep the layer above from looking at its time limit, nor take memory without end.
+/// must not keep the layer above from its time limit for ever, nor take memory without end.
 constexpr size_t kMostDelivered = size_t{128} * 1024;
 
 /// The labels of the log, by the positions of the parameters; nothing for any other position.

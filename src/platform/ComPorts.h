@@ -72,12 +72,13 @@ class ComPorts {
     /// "\\.\" in front. A handle, or -1.
     virtual int32_t Open(const std::string& strPort) = 0;
 
-    /// Closes a port, which can be opened again at once. False when the handle is none.
+    /// Closes a port, which can be opened again at once. False when the handle is none, or when
+    /// the system's own close fails.
     virtual bool Close(int32_t hPort) = 0;
 
     /// Reads at most lCount bytes into the buffer. Ends with all of them or when the time limit of
     /// reads is over, with lRead bytes, which may be 0. False on failure; a line that has hung up
-    /// is one, once all that came before it was read.
+    /// is one, once what was read ahead is served. What the system itself still held is lost.
     virtual bool Read(int32_t hPort, char* buffer, int32_t lCount, int32_t& lRead) = 0;
 
     /// Writes bytes: lWritten of them were taken within the time limit of writes. False on failure.

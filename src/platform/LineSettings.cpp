@@ -12,7 +12,7 @@ constexpr int32_t kOn = 1;
 constexpr int32_t kHandshake = 2;
 constexpr int64_t kPercentOff = 3;
 
-constexpr uint32_t kFrameFlags = CSIZE | CSTOPB | PARENB | PARODD | CMSPAR;
+constexpr uint32_t kFrameFlags = CSIZE | PARENB | PARODD | CMSPAR;
 constexpr uint32_t kSoftwareFlow = IXON | IXOFF;
 
 bool HasFlag(const DCB& dcb, int32_t lBit) {
@@ -96,7 +96,7 @@ std::optional<LineSettings> LineSettingsOf(const DCB& dcb) {
 }
 
 bool AreTaken(const LineSettings& wanted, const LineSettings& taken, bool bPseudoTerminal) {
-    const uint32_t lCompared = CRTSCTS | (bPseudoTerminal ? 0 : kFrameFlags);
+    const uint32_t lCompared = CRTSCTS | CSTOPB | (bPseudoTerminal ? 0 : kFrameFlags);
     const int64_t lOff = int64_t{taken.lBaudRate} - wanted.lBaudRate;
     const int64_t lAllowed = int64_t{wanted.lBaudRate} * kPercentOff;
     return ((wanted.lControlFlags ^ taken.lControlFlags) & lCompared) == 0 &&

@@ -29,8 +29,8 @@ struct LineSettings {
 std::optional<LineSettings> LineSettingsOf(const DCB& dcb);
 
 /// Whether a line that was told the wanted settings and says the taken ones does what was wanted. A
-/// driver may round a rate, by 3 % at most. A pseudo-terminal always has 8 bits, no parity and one
-/// way to stop, which are then not compared.
+/// driver may round a rate, by 3 % at most. A pseudo-terminal always has 8 bits and no parity,
+/// which are then not compared.
 bool AreTaken(const LineSettings& wanted, const LineSettings& taken, bool bPseudoTerminal);
 
 /// Bits that one byte takes on the line, in half bits: start, data, parity and stop bits. For a

@@ -15,8 +15,9 @@ namespace brennik {
 namespace {
 
 constexpr size_t kMostAhead = 65536;
-constexpr int64_t kCloseNanoseconds = 20 * kNanosecondsOfMillisecond;
-constexpr int64_t kCloseStepNanoseconds = kNanosecondsOfMillisecond;
+constexpr int64_t kLeavingNanoseconds = 20 * kNanosecondsOfMillisecond;
+constexpr int64_t kLeavingStepNanoseconds = kNanosecondsOfMillisecond;
+constexpr int64_t kSettlingPart = 10;                   // of the time of a write
 constexpr int64_t kLongestMilliseconds = 1000000000000; // whose nanoseconds can still be counted
 constexpr int64_t kHangUpNanoseconds = 10 * kNanosecondsOfMillisecond;
 
@@ -44,9 +45,9 @@ bool FailLate(int64_t lMoment) {
 }
 
 void AwaitOutput(int nTerminal) {
-    const int64_t lEnd = MonotonicNow() + kCloseNanoseconds;
+    const int64_t lEnd = MonotonicNow() + kLeavingNanoseconds;
     while (BytesLeaving(nTerminal) > 0 && MonotonicNow() < lEnd) {
-        SleepUntil(MonotonicNow() + kCloseStepNanoseconds);
+        SleepUntil(MonotonicNow() + kLeavingStepNanoseconds);
     }
 }
 
@@ -129,24 +130,39 @@ bool SerialLine::Hand(std::string_view& strRest) {
     const ssize_t nTaken =
         Resumed([&] { return ::write(terminal_.Get(), strRest.data(), strRest.size()); });
     strRest.remove_prefix(static_cast<size_t>(std::max<ssize_t>(nTaken, 0)));
+    lHandedSinceEmpty_ += std::max<ssize_t>(nTaken, 0);
     return nTaken >= 0 || errno == EAGAIN;
+}
+
+/// Bytes that are still to leave. Some drivers count whole buffers for a few bytes, so that they
+/// can't hold more than they were handed is what tells an answer of one byte as out at once.
+int32_t SerialLine::Held() {
+    const int nHeld = BytesLeaving(terminal_.Get());
+    if (nHeld == 0) {
+        lHandedSinceEmpty_ = 0;
+    }
+    return static_cast<int32_t>(std::min<int64_t>(nHeld, lHandedSinceEmpty_));
 }
 
 bool SerialLine::Write(std::string_view strData, int32_t& lWritten) {
     lWritten = 0;
+    static_cast<void>(Held()); // for what has left since the last write
     const int32_t lCount = static_cast<int32_t>(strData.size());
     const Deadline lEnd =
         EndOf(timeouts_.WriteTotalTimeoutConstant, timeouts_.WriteTotalTimeoutMultiplier, lCount);
+    const int64_t lBegin = MonotonicNow();
+    const int64_t lSettled = lBegin + (lEnd.value_or(lBegin) - lBegin) / kSettlingPart;
     WriteProgress progress(dcb_, lCount);
     for (std::string_view strRest = strData;;) {
         if (!Hand(strRest)) {
             return false;
         }
-        const int nHeld = BytesLeaving(terminal_.Get());
-        if (nHeld < 0) {
+        const int32_t lHeld = Held();
+        if (lHeld < 0) {
             return false;
         }
-        progress.Note(lCount - static_cast<int32_t>(strRest.size()), nHeld);
+        progress.Note(lCount - static_cast<int32_t>(strRest.size()), lHeld,
+                      MonotonicNow() < lSettled);
         if (progress.IsOut()) {
             lWritten = lCount;
             return true;
@@ -186,6 +202,7 @@ bool SerialLine::SetState(const DCB& dcb) {
         errno = EINVAL;
         return false;
     }
+    AwaitOutput(terminal_.Get()); // what is still leaving was meant for the former rate
     if (!SetSerialTerminal(terminal_.Get(), *settings, bPseudoTerminal_)) {
         return false;
     }

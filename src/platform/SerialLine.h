@@ -44,6 +44,7 @@ class SerialLine {
     int32_t TakeAhead(char* buffer, int32_t lCount);
     bool ReadAhead();
     bool Hand(std::string_view& strRest);
+    int32_t Held();
 
     Descriptor terminal_;
     bool bPseudoTerminal_;
@@ -52,6 +53,7 @@ class SerialLine {
     std::vector<char> ahead_;
     size_t nAheadBegin_ = 0;
     size_t nAheadEnd_ = 0;
+    int64_t lHandedSinceEmpty_ = 0; ///< bytes, since the driver was last seen to hold none
 };
 
 } // namespace brennik

@@ -95,9 +95,14 @@ bool Take(int nTerminal) {
     if (!Control(nTerminal, TCGETS2, &terminal)) {
         return false;
     }
-    // The lock stops all who lock, root among them; the exclusive mode all others but root.
+    // The lock stops all who lock, root among them; the exclusive mode all others.
     if (Resumed([&] { return ::flock(nTerminal, LOCK_EX | LOCK_NB); }) != 0) {
         errno = errno == EWOULDBLOCK ? EBUSY : errno;
+        return false;
+    }
+    int nExclusive = 0;
+    if (Control(nTerminal, TIOCGEXCL, &nExclusive) && nExclusive != 0) {
+        errno = EBUSY; // root gets through to a port that another program keeps to itself
         return false;
     }
     MakeRaw(terminal);

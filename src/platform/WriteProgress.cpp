@@ -20,11 +20,11 @@ WriteProgress::WriteProgress(const DCB& dcb, int32_t lCount)
     : lCount_(lCount), lBaudRate_(dcb.BaudRate), lHalfBits_(HalfBitsOfByte(dcb)) {
 }
 
-void WriteProgress::Note(int32_t lTaken, int32_t lHeld) {
+void WriteProgress::Note(int32_t lTaken, int32_t lHeld, bool bSettling) {
     lTaken_ = lTaken;
     lHeld_ = lHeld;
     lGone_ = int64_t{lTaken} - lHeld;
-    if (!lGoneAtFirst_) {
+    if (!lGoneAtFirst_ || bSettling) {
         lGoneAtFirst_ = lGone_;
     }
 }

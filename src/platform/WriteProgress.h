@@ -16,7 +16,9 @@ class WriteProgress {
     WriteProgress(const DCB& dcb, int32_t lCount);
 
     /// What the driver has taken of the bytes so far, and what it holds, earlier bytes included.
-    void Note(int32_t lTaken, int32_t lHeld);
+    /// While the write settles, bytes go on into the buffer of the hardware, which is no movement
+    /// of the line.
+    void Note(int32_t lTaken, int32_t lHeld, bool bSettling = false);
 
     /// All bytes are taken, and what is held takes at most 10 ms on the line.
     bool IsOut() const;
@@ -24,7 +26,8 @@ class WriteProgress {
     /// Nanoseconds after which looking again is worthwhile: 1 to 5 ms.
     int64_t PauseNanoseconds() const;
 
-    /// Not a single byte has left the driver since the first note.
+    /// Not a single byte has left the driver since the first note, or since the last one that was
+    /// made while the write settled.
     bool IsStuck() const { return lGone_ == lGoneAtFirst_; }
 
     /// The bytes that count as written when the time is over: all taken ones while they move, else

@@ -106,12 +106,13 @@ int32_t TBrennikProtocol::DoBrennikProtocol(TBrennikClientConfig& oConfig,
 }
 
 int32_t TBrennikProtocol::RunClientSession(TBrennikClientConfig& oConfig, int32_t lProfileId) {
-    TConnectionInfo oConnInfo; // a serial channel looks at it as long as it lives
+    // The channel borrows these two for as long as it lives.
+    TConnectionInfo oConnInfo;
+    TFLClientLog oLog;
     const std::unique_ptr<TCommsChannel> oChannel = MakeClientChannel(oConfig.lOperatingMode());
     oFileSystem_ = std::make_unique<FileSystem>();
     oConfig_ = &oConfig;
     lFileHandle_ = kNoFile;
-    TFLClientLog oLog;
     TIsoProtocol oLink;
     InitialiseLoggingFromProfile(oLog, oConfig);
     LogRunHeader(oLog, lProfileId);

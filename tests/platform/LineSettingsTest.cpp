@@ -254,13 +254,19 @@ TEST(LineSettings, ALineThatSaysWhatItWasToldHasTakenIt) {
 }
 
 TEST(LineSettings, EachChangeOfTheFrameIsNoticedOnARealLineAlone) {
-    for (const uint32_t lFlag :
-         {kSixBits, kSevenBits, kEightBits, kTwoStops, kParity, kOdd, kMarkOrSpace}) {
+    for (const uint32_t lFlag : {kSixBits, kSevenBits, kEightBits, kParity, kOdd, kMarkOrSpace}) {
         LineSettings taken = Wanted();
         taken.lControlFlags ^= lFlag;
         EXPECT_FALSE(AreTaken(Wanted(), taken, false)) << lFlag;
         EXPECT_TRUE(AreTaken(Wanted(), taken, true)) << lFlag;
     }
+}
+
+TEST(LineSettings, AChangeOfTheStopBitsIsNoticedOnEveryLine) {
+    LineSettings taken = Wanted();
+    taken.lControlFlags ^= kTwoStops;
+    EXPECT_FALSE(AreTaken(Wanted(), taken, false));
+    EXPECT_FALSE(AreTaken(Wanted(), taken, true));
 }
 
 TEST(LineSettings, EachChangeOfFlowControlIsNoticed) {

@@ -111,6 +111,20 @@ TEST(WriteProgress, WhatLeftBeforeTheFirstLookIsNoMovement) {
     EXPECT_EQ(progress.Written(), 16);
 }
 
+TEST(WriteProgress, WhatLeavesWhileItSettlesIsNoMovement) {
+    // The buffer of an adapter swallows some bytes in its own time.
+    WriteProgress progress(DCB{}, 1000);
+    progress.Note(1000, 1000, true);
+    progress.Note(1000, 744, true);
+    EXPECT_TRUE(progress.IsStuck());
+    progress.Note(1000, 744);
+    EXPECT_TRUE(progress.IsStuck());
+    EXPECT_EQ(progress.Written(), 256);
+    progress.Note(1000, 743);
+    EXPECT_FALSE(progress.IsStuck());
+    EXPECT_EQ(progress.Written(), 1000);
+}
+
 TEST(WriteProgress, RoomThatIsFilledIsNoMovement) {
     WriteProgress progress(DCB{}, 1000);
     progress.Note(400, 400);

@@ -358,7 +358,7 @@ TEST_F(LinuxComPortsTransferTest, AWriteWithoutRoomUsesNoTimeOfTheProcessor) {
     FarEndStops();
     LimitWrites(100);
     const double before = CpuSeconds();
-    EXPECT_EQ(Write("abc"), "0");
+    EXPECT_EQ(Write(std::string(50, 'x')), "0");
     EXPECT_LT(CpuSeconds() - before, 0.05);
 }
 
@@ -381,6 +381,14 @@ TEST_F(LinuxComPortsTransferTest, AWriteReturnsWhenTheRestTakesTenMilliseconds) 
     EXPECT_EQ(driver.strTold, "");
 }
 
+TEST_F(LinuxComPortsTransferTest, ADriverThatCountsWholeBuffersHoldsNoMoreThanItWasHanded) {
+    Open();
+    SerialDriver driver;
+    driver.held = {0, 1280};
+    EXPECT_EQ(Write("\x06"), "1");
+    EXPECT_EQ(driver.nLooks, 2) << "one byte is out at once";
+}
+
 TEST_F(LinuxComPortsTransferTest, TheRestIsCountedAtTheRateOfTheLine) {
     Open();
     DCB dcb;
@@ -396,7 +404,8 @@ TEST_F(LinuxComPortsTransferTest, WhatStillMovesWhenTheTimeIsOverCountsAsWritten
     Open();
     LimitWrites(150);
     SerialDriver driver;
-    driver.held = {100, 99};
+    // The one byte leaves behind the first tenth of the time, in which the hardware takes some.
+    driver.held = {100, 100, 100, 100, 100, 100, 100, 100, 99};
     EXPECT_GE(Lasts([&] { EXPECT_EQ(Write(std::string(100, 'x')), "100"); }), 150);
     EXPECT_EQ(driver.strTold, "");
 }

@@ -204,6 +204,9 @@ bool SimComPorts::SetState(int32_t hPort, const DCB& dcb) {
     if (line == nullptr) {
         return false;
     }
+    if (line->Dead()) {
+        return Fail(comerror::kHungUp);
+    }
     if (!LineSettingsOf(dcb)) {
         return Fail(comerror::kInvalid);
     }

@@ -1,0 +1,300 @@
+#include "tests/passthru/PassThruWorld.h"
+
+#include <gmock/gmock.h>
+
+namespace brennik::passthru {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::ElementsAreArray;
+
+// The record and its hash, worked out apart: SHA-1 over "KEY,5,20301231,PT7".
+const std::string kFields = "KEY,5,20301231";
+const std::string kRecord = kFields + ",2dd6a3392e4c6783fe4586a0ffce9f2878c5db3b";
+
+const std::string kStarting = "Starting public key injection process, PTID=PT7";
+const std::string kDone = "Successfully injected key file";
+const std::string kFailed = "Failed injecting key file";
+
+std::string WritePacket(const std::string& strData) {
+    return session::Write(strData);
+}
+
+class KeyInjection : public PassThruTest {
+  protected:
+    KeyInjection() {
+        config.bInjectPublicKeyFile(true);
+        config.strPublickeyLocation("C:\\keys");
+        PutKey("KEY", "5", "20301231");
+        Ask(DeviceRequest("XDL", "F"));
+        Serve(EditedRequest("XDL", "F"), {"S"});
+        // The group's open packet bears the moment of sending.
+        host.clock.SetLocal(DateTime{2026, 11, 14, 12, 0, 0});
+    }
+
+    void PutKey(const std::string& strKey, const std::string& strIndex,
+                const std::string& strDate) {
+        host.files.Put("/keys/flkeyfile.txt", "[ENCRYPTION]\r\nRsaKey=" + strKey +
+                                                  "\r\nRsaKeyIndex=" + strIndex +
+                                                  "\r\nRsaKeyExpiryDate=" + strDate + "\r\n");
+    }
+
+    /// What the device was sent between the server's ACK and the server's first frame, with the
+    /// moments of the open packets left out.
+    Lines Injected() const {
+        Lines payloads;
+        for (std::string strPayload : device.Payloads()) {
+            if (strPayload == "S")
+                break;
+            if (strPayload.front() == 'O')
+                strPayload.erase(18, 14);
+            payloads.push_back(strPayload);
+        }
+        return payloads;
+    }
+    static std::string OpenOf(const std::string& strName, const std::string& strSize) {
+        return "OD" + strSize + "00000000XXXXXXXX" + strName;
+    }
+    std::string GroupOpen() const { return OpenOf("setgroup.15", "00000000"); }
+    std::string KeyOpen() const {
+        constexpr char digits[] = "0123456789ABCDEF";
+        return OpenOf("flpkey.csv", std::string("000000") + digits[kRecord.size() >> 4] +
+                                        digits[kRecord.size() & 15]);
+    }
+    /// The device's answer to the nth frame that it is sent; before and behind that it agrees.
+    void AnswerFrame(int32_t nFrame, const std::string& strAnswer) {
+        device.Always("[]", "");
+        device.onHeard = [this, nFrame, strAnswer, n = 0,
+                          note = device.onHeard](const std::string& strText) mutable {
+            note(strText);
+            if (strText.front() == '[')
+                device.Say(++n == nFrame ? strAnswer : std::string("\x06"));
+        };
+    }
+    Lines Outcome() const {
+        Lines lines;
+        for (const std::string& strLine : Log()) {
+            if (strLine.find("key") != std::string::npos)
+                lines.push_back(strLine);
+        }
+        return lines;
+    }
+};
+
+TEST_F(KeyInjection, PutsTheRecordIntoGroup15) {
+    EXPECT_EQ(Run(), 0);
+    EXPECT_THAT(Injected(), ElementsAre(GroupOpen(), "C", KeyOpen(), WritePacket(kRecord), "C"));
+    EXPECT_THAT(Outcome(), ElementsAre(kStarting, kDone));
+    EXPECT_EQ(device.Payloads().back(), "S") << "the relay goes on behind it";
+}
+
+TEST_F(KeyInjection, StampsTheKeyFileWithAFixedMomentAndTheGroupWithThePresentOne) {
+    EXPECT_EQ(Run(), 0);
+    EXPECT_EQ(device.Payloads()[0].substr(18, 8), "20261114");
+    EXPECT_EQ(device.Payloads()[2].substr(18, 14), "20150522110000");
+}
+
+TEST_F(KeyInjection, ChangesTheDirectoryOfAP400Plus) {
+    config.strPlatformName("p400plus");
+    EXPECT_EQ(Run(), 0);
+    const std::string strFolder = "/home/usr1/flash/fernlatch";
+    EXPECT_THAT(Injected(),
+                ElementsAre("D" + std::string(1, static_cast<char>(strFolder.size())) + strFolder,
+                            KeyOpen(), WritePacket(kRecord), "C"));
+    EXPECT_THAT(Outcome(), ElementsAre(kStarting, kDone));
+}
+
+TEST_F(KeyInjection, HashesAnEmptyPtIdBehindAComma) {
+    Ask("VFI,VX520,XDL,F,DAPP,DTID,EPROM,1024,4096");
+    Serve("VFI,VX520,XDL,F,APP,T1,EPROM,1024,4096", {"S"});
+    EXPECT_EQ(Run(), 0);
+    // SHA-1 over "KEY,5,20301231,".
+    EXPECT_EQ(Injected()[3], WritePacket(kFields + ",20cb517973e58ac87fe1bbeec1ad394101100207"));
+    EXPECT_EQ(Outcome()[0], "Starting public key injection process, PTID=");
+}
+
+TEST_F(KeyInjection, RefusesKeysThatArentValid) {
+    const std::string strRefused =
+        "Failed reading public key information from flkeyfile.txt [C:\\keys]";
+    const auto refuses = [&] {
+        host.files.Remove("/log/run.log");
+        device.Forget();
+        Ask(DeviceRequest("XDL", "F"));
+        Serve(EditedRequest("XDL", "F"), {"S"});
+        EXPECT_EQ(Run(), 0);
+        EXPECT_THAT(Injected(), ElementsAre());
+        EXPECT_THAT(Outcome(), ElementsAre(kStarting, strRefused));
+    };
+    for (const std::string strIndex : {"0", "-1", "", "five", "99999999999"}) {
+        PutKey("KEY", strIndex, "20301231");
+        refuses();
+    }
+    for (const std::string strDate : {"", "2030123", "203012311"}) {
+        PutKey("KEY", "5", strDate);
+        refuses();
+    }
+    PutKey("", "5", "20301231");
+    refuses();
+    host.files.Remove("/keys/flkeyfile.txt");
+    refuses();
+}
+
+TEST_F(KeyInjection, TakesAnyEightCharactersForADate) {
+    PutKey("KEY", "5", "abcdefgh");
+    EXPECT_EQ(Run(), 0);
+    EXPECT_EQ(Injected()[3].substr(7, 14), "KEY,5,abcdefgh");
+}
+
+// ---- Answers other than ACK, by the frame that they answer.
+
+TEST_F(KeyInjection, EndsWithoutAnOutcomeWhenTheGroupIsRefused) {
+    AnswerFrame(1, "\x15");
+    EXPECT_EQ(Run(), 0);
+    EXPECT_THAT(Injected(), ElementsAre(GroupOpen()));
+    EXPECT_THAT(Outcome(), ElementsAre(kStarting));
+}
+
+TEST_F(KeyInjection, TellsASuccessWhenTheGroupsCloseIsRefused) {
+    AnswerFrame(2, "\x15");
+    EXPECT_EQ(Run(), 0);
+    EXPECT_THAT(Injected(), ElementsAre(GroupOpen(), "C"));
+    EXPECT_THAT(Outcome(), ElementsAre(kStarting, kDone)) << "meant";
+}
+
+TEST_F(KeyInjection, GoesOnBehindARefusedOpenPacket) {
+    AnswerFrame(3, "\x15");
+    EXPECT_EQ(Run(), 0);
+    EXPECT_THAT(Injected(), ElementsAre(GroupOpen(), "C", KeyOpen(), WritePacket(kRecord), "C"));
+    EXPECT_THAT(Outcome(), ElementsAre(kStarting, kDone));
+}
+
+TEST_F(KeyInjection, TellsASuccessWhenTheDataIsRefused) {
+    AnswerFrame(4, "\x15");
+    EXPECT_EQ(Run(), 0);
+    EXPECT_THAT(Injected(), ElementsAre(GroupOpen(), "C", KeyOpen(), WritePacket(kRecord)));
+    EXPECT_THAT(Outcome(), ElementsAre(kStarting, kDone)) << "meant, although the file is empty";
+}
+
+// ---- Silence, by the frame that it answers. The relay goes on all the same.
+
+TEST_F(KeyInjection, EndsWithoutAWordOnSilenceBehindTheGroupItsCloseAndTheData) {
+    for (const auto& [nFrame, nSent] : {std::pair(1, 1u), {2, 2u}, {4, 4u}}) {
+        host.files.Remove("/log/run.log");
+        device.Forget();
+        Ask(DeviceRequest("XDL", "F"));
+        Serve(EditedRequest("XDL", "F"), {"S"});
+        const auto note = device.onHeard;
+        AnswerFrame(nFrame, "");
+        EXPECT_EQ(Run(), 0) << nFrame;
+        device.onHeard = note;
+        EXPECT_EQ(Injected().size(), nSent);
+        EXPECT_THAT(Outcome(), ElementsAre(kStarting));
+        EXPECT_EQ(engine->strErrorMessage(), "Timed out reading ISO packet") << "left behind";
+    }
+}
+
+TEST_F(KeyInjection, TellsAFailureOnSilenceBehindTheOpenPacketAndTheLastClose) {
+    for (const auto& [nFrame, nSent] : {std::pair(3, 3u), {5, 5u}}) {
+        host.files.Remove("/log/run.log");
+        device.Forget();
+        Ask(DeviceRequest("XDL", "F"));
+        Serve(EditedRequest("XDL", "F"), {"S"});
+        const auto note = device.onHeard;
+        AnswerFrame(nFrame, "");
+        EXPECT_EQ(Run(), 0) << nFrame;
+        device.onHeard = note;
+        EXPECT_EQ(Injected().size(), nSent);
+        EXPECT_THAT(Outcome(), ElementsAre(kStarting, kFailed));
+    }
+}
+
+// ---- Resume replies.
+
+TEST_F(KeyInjection, SendsTheTailOfTheRecordBehindAResumeReply) {
+    AnswerFrame(3, "\x02R5\x03"); // the device holds five bytes
+    EXPECT_EQ(Run(), 0);
+    EXPECT_THAT(Injected(),
+                ElementsAre(GroupOpen(), "C", KeyOpen(), WritePacket(kRecord.substr(5)), "C"));
+    EXPECT_THAT(Outcome(), ElementsAre(kStarting, kDone));
+}
+
+TEST_F(KeyInjection, SendsTheLastByteAloneAndNothingBehindIt) {
+    constexpr char digits[] = "0123456789ABCDEF";
+    const auto hex = [&](size_t n) { return std::string{digits[n >> 4], digits[n & 15]}; };
+    const auto note = device.onHeard;
+    AnswerFrame(3, "\x02R" + hex(kRecord.size() - 1) + "\x03");
+    EXPECT_EQ(Run(), 0);
+    EXPECT_THAT(Injected(), ElementsAre(GroupOpen(), "C", KeyOpen(),
+                                        WritePacket(kRecord.substr(kRecord.size() - 1)), "C"));
+    device.onHeard = note;
+    device.Forget();
+    Ask(DeviceRequest("XDL", "F"));
+    Serve(EditedRequest("XDL", "F"), {"S"});
+    AnswerFrame(3, "\x02R" + hex(kRecord.size()) + "\x03");
+    EXPECT_EQ(Run(), 0);
+    EXPECT_THAT(Injected(), ElementsAre(GroupOpen(), "C", KeyOpen(), "C")) << "it has it all";
+    EXPECT_EQ(Outcome().back(), kDone);
+}
+
+TEST_F(KeyInjection, SendsTheWholeRecordBehindAReplyWithoutAPosition) {
+    for (const std::string strReply : {"\x02R0\x03", "\x02X5\x03", "\x02R5"}) {
+        device.Forget();
+        Ask(DeviceRequest("XDL", "F"));
+        Serve(EditedRequest("XDL", "F"), {"S"});
+        const auto note = device.onHeard;
+        AnswerFrame(3, strReply);
+        EXPECT_EQ(Run(), 0);
+        device.onHeard = note;
+        EXPECT_EQ(Injected().at(3), WritePacket(kRecord)) << strReply;
+    }
+}
+
+TEST_F(KeyInjection, EndsWithoutAWordOnMalformedDigits) {
+    AnswerFrame(3, "\x02Rxyz\x03");
+    EXPECT_EQ(Run(), 0);
+    EXPECT_THAT(Injected(), ElementsAre(GroupOpen(), "C", KeyOpen()));
+    EXPECT_THAT(Outcome(), ElementsAre(kStarting));
+}
+
+// ---- When there is one at all.
+
+TEST_F(KeyInjection, GoesIntoFullDownloadsOnly) {
+    Ask(DeviceRequest("XDL", "P"));
+    Serve(EditedRequest("XDL", "P"), {"S"});
+    EXPECT_EQ(Run(), 0);
+    EXPECT_THAT(Outcome(), ElementsAre());
+}
+
+TEST_F(KeyInjection, GoesIntoTheLastApplicationOfASeries) {
+    Ask(DeviceRequest("XCDLF", "F"));
+    Serve(EditedRequest("XCDL", "F"), {"S"});
+    EXPECT_EQ(Run(), 0);
+    EXPECT_THAT(Outcome(), ElementsAre(kStarting, kDone));
+}
+
+TEST_F(KeyInjection, IsLeftOutWithoutTheProfilesWord) {
+    config.bInjectPublicKeyFile(false);
+    EXPECT_EQ(Run(), 0);
+    EXPECT_THAT(Outcome(), ElementsAre());
+}
+
+TEST_F(KeyInjection, EndsWithoutAWordWhenTheHashCantBeHad) {
+    host.FailNext(Op::OstRtl, {.lResult = 5});
+    EXPECT_EQ(Run(), 0);
+    EXPECT_THAT(Outcome(), ElementsAre(kStarting));
+    EXPECT_THAT(Injected(), ElementsAre());
+}
+
+TEST_F(KeyInjection, KeepsTheKeyOutOfTheLogUnlessPacketsAreLogged) {
+    EXPECT_EQ(Run(), 0);
+    EXPECT_TRUE(LogWith("20301231").empty());
+    host.files.Remove("/log/run.log");
+    config.bLogProcessingPackets(true);
+    Ask(DeviceRequest("XDL", "F"));
+    Serve(EditedRequest("XDL", "F"), {"S"});
+    EXPECT_EQ(Run(), 0);
+    EXPECT_EQ(LogWith("20301231").size(), 1u) << "the frame that bears it";
+}
+
+} // namespace
+} // namespace brennik::passthru
