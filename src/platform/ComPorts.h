@@ -52,6 +52,11 @@ struct CommTimeouts {
     bool operator==(const CommTimeouts&) const = default;
 };
 
+/// In force from the opening on: a port whose limits could not be set must not be waited on for
+/// ever.
+inline constexpr CommTimeouts kTimeoutsAtOpening{.ReadTotalTimeoutConstant = 10,
+                                                 .WriteTotalTimeoutConstant = 1000};
+
 /// What Purge throws away.
 namespace purgeflag {
 inline constexpr int32_t kTxAbort = 1;

@@ -49,7 +49,7 @@ class SerialLine {
     Descriptor terminal_;
     bool bPseudoTerminal_;
     DCB dcb_;
-    CommTimeouts timeouts_;
+    CommTimeouts timeouts_ = kTimeoutsAtOpening;
     std::vector<char> ahead_;
     size_t nAheadBegin_ = 0;
     size_t nAheadEnd_ = 0;

@@ -126,7 +126,7 @@ TEST_F(SimComPortsTest, EachOpeningStartsFresh) {
     const int32_t hAgain = ports.Open("COM1");
     EXPECT_TRUE(ports.GetState(hAgain, dcb));
     EXPECT_EQ(dcb, DCB{});
-    EXPECT_EQ(Line().Timeouts(), CommTimeouts{});
+    EXPECT_EQ(Line().Timeouts(), kTimeoutsAtOpening);
     EXPECT_TRUE(ports.SetTimeouts(hAgain, kLimits));
     EXPECT_EQ(Read(hAgain), "");
 }

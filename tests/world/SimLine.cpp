@@ -3,7 +3,6 @@
 #include "platform/LineSettings.h"
 
 #include <algorithm>
-#include <cstdlib>
 #include <utility>
 
 namespace brennik::world {
@@ -23,10 +22,6 @@ char DataBitsOf(char cByte, const DCB& dcb) {
 }
 
 } // namespace
-
-char NoiseOf(char cByte) noexcept {
-    return static_cast<char>(0x80 | ((static_cast<unsigned char>(cByte) * 37U + 11U) & 0x7FU));
-}
 
 /// Where the mangler puts what it lets through.
 class SimLine::LineOutlet : public Outlet {
@@ -139,7 +134,7 @@ void SimLine::Open() {
     ++nOpenings_;
     bDead_ = false;
     near_ = DCB{};
-    timeouts_ = CommTimeouts{};
+    timeouts_ = kTimeoutsAtOpening;
     strWaiting_.clear();
     if (makeFarEnd_) {
         EndFarEnd(true); // when the last bytes for it are still under way
@@ -194,9 +189,8 @@ Microseconds SimLine::ByteTime() const {
 // The line.
 
 bool SimLine::bSetAlike() const {
-    // Clocks of two ends agree well enough within 3 %.
-    return std::abs(near_.BaudRate - far_.BaudRate) * int64_t{100} <= int64_t{3} * far_.BaudRate &&
-           near_.ByteSize == far_.ByteSize && near_.Parity == far_.Parity;
+    return sim::SuitsSpeed(near_.BaudRate, far_.BaudRate) && near_.ByteSize == far_.ByteSize &&
+           near_.Parity == far_.Parity;
 }
 
 void SimLine::Pass(Direction direction, std::string_view strBytes) {

@@ -6,6 +6,7 @@
 
 #include "platform/ComPorts.h"
 #include "sim/FarEnd.h"
+#include "sim/LineNoise.h"
 #include "tests/world/Mangler.h"
 #include "tests/world/SimTimeline.h"
 
@@ -18,8 +19,7 @@
 
 namespace brennik::world {
 
-/// A byte at the wrong settings: deterministic, never a control character of the protocol.
-char NoiseOf(char cByte) noexcept;
+using sim::NoiseOf;
 
 class SimLine : public sim::Wire {
   public:
@@ -126,7 +126,7 @@ class SimLine : public sim::Wire {
     std::unique_ptr<sim::FarEnd> farEnd_;
     DCB near_;
     DCB far_;
-    CommTimeouts timeouts_;
+    CommTimeouts timeouts_ = kTimeoutsAtOpening;
     Flight toFar_;
     Flight toNear_;
     std::string strWaiting_;
