@@ -4,6 +4,7 @@
 
 #include "bench/Options.h"
 #include "bench/Processes.h"
+#include "bench/SimProcess.h"
 #include "bench/Workplace.h"
 
 #include <algorithm>
@@ -13,7 +14,7 @@
 #include <filesystem>
 #include <fstream>
 #include <string>
-#include <unistd.h>
+#include <vector>
 
 namespace brennik::bench {
 
@@ -33,41 +34,6 @@ struct Line {
 };
 constexpr std::array<Line, 3> kLines{{{19200, 12}, {115200, 40}, {0, 300}}};
 constexpr int64_t kQuickBlocks = 3;
-
-/// The program brenniksim behind a line, serving one folder.
-class LineService {
-  public:
-    LineService(const Options& options, const std::string& strLine, const std::string& strServed,
-                int32_t lRate) {
-        int ends[2];
-        if (::pipe(ends) != 0)
-            Fail("pipe");
-        std::vector<std::string> arguments{options.strPrograms + "/brenniksim",
-                                           "service",
-                                           "--serial",
-                                           strLine,
-                                           "--serve",
-                                           strServed,
-                                           "--block",
-                                           std::to_string(kBlock),
-                                           "--quiet"};
-        if (lRate != 0)
-            arguments.insert(arguments.end(), {"--rate", std::to_string(lRate)});
-        process_ = StartProgram(arguments, nullptr, ends[1]);
-        ::close(ends[1]);
-        FILE* output = ::fdopen(ends[0], "r");
-        char line[4096] = "";
-        if (std::fgets(line, sizeof line, output) == nullptr)
-            Fail("brenniksim did not start");
-        std::fclose(output);
-    }
-    ~LineService() { StopChild(process_); }
-    LineService(const LineService&) = delete;
-    LineService& operator=(const LineService&) = delete;
-
-  private:
-    pid_t process_ = -1;
-};
 
 class LineDriver {
   public:
@@ -102,7 +68,11 @@ class LineDriver {
         fs::create_directories(strServed);
         std::ofstream(strServed + "/file.bin", std::ios::binary) << std::string(nBytes, 'x');
         workplace_.Clear();
-        const LineService service(options_, strHome_ + "/line", strServed, lRate);
+        std::vector<std::string> command{"service", "--serial", strHome_ + "/line",    "--serve",
+                                         strServed, "--block",  std::to_string(kBlock)};
+        if (lRate != 0)
+            command.insert(command.end(), {"--rate", std::to_string(lRate)});
+        const SimProcess service(options_, command);
         const int64_t lBegun = Now();
         const ChildEnd ended =
             WaitFor(StartProgram({options_.strPrograms + "/brennikclient", "-configfiledir",

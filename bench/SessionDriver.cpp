@@ -6,6 +6,7 @@
 #include "bench/MeasuredRun.h"
 #include "bench/Options.h"
 #include "bench/Processes.h"
+#include "bench/SimProcess.h"
 #include "bench/Workplace.h"
 
 #include <algorithm>
@@ -14,7 +15,6 @@
 #include <filesystem>
 #include <fstream>
 #include <functional>
-#include <unistd.h>
 
 namespace brennik::bench {
 
@@ -28,38 +28,6 @@ constexpr int64_t kMostBytesOfRun = int64_t{96} << 20;
 /// A log of all packets is seven times the size of the data, and takes its time.
 constexpr int64_t kMostBytesOfLoggedRun = int64_t{16} << 20;
 constexpr int64_t kFewestFrames = 200;
-
-/// The program brenniksim serving one folder.
-class Service {
-  public:
-    Service(const Options& options, const std::string& strServed, size_t nBlock) {
-        int ends[2];
-        if (::pipe(ends) != 0)
-            Fail("pipe");
-        process_ =
-            StartProgram({options.strPrograms + "/brenniksim", "service", "--listen", "127.0.0.1:0",
-                          "--serve", strServed, "--block", std::to_string(nBlock), "--quiet"},
-                         nullptr, ends[1]);
-        ::close(ends[1]);
-        FILE* output = ::fdopen(ends[0], "r");
-        char line[256] = "";
-        unsigned lPort = 0;
-        if (std::fgets(line, sizeof line, output) == nullptr ||
-            std::sscanf(line, "listening on 127.0.0.1:%u", &lPort) != 1)
-            Fail("brenniksim did not start");
-        std::fclose(output);
-        iPort_ = static_cast<uint16_t>(lPort);
-    }
-    ~Service() { StopChild(process_); }
-    Service(const Service&) = delete;
-    Service& operator=(const Service&) = delete;
-
-    uint16_t Port() const { return iPort_; }
-
-  private:
-    pid_t process_ = -1;
-    uint16_t iPort_ = 0;
-};
 
 class SessionDriver {
   public:
@@ -122,7 +90,8 @@ class SessionDriver {
         fs::create_directory(strServed);
         WriteServedFile(strServed + "/" + FileNameOf(0), job);
         {
-            const Service service(options_, strServed, job.nBlock);
+            const SimProcess service(options_, {"service", "--listen", "127.0.0.1:0", "--serve",
+                                                strServed, "--block", std::to_string(job.nBlock)});
             for (int lRound = 0; lRound < options_.lRounds; ++lRound) {
                 RunResult sent = ClientRun(job, false, false);
                 sent.lNanoseconds = sent.lStartToEnd;
@@ -133,7 +102,7 @@ class SessionDriver {
         fs::remove_all(strServed);
     }
 
-    RunResult ServiceRun(const Job& job, const Service& service) {
+    RunResult ServiceRun(const Job& job, const SimProcess& service) {
         workplace_.WriteProfiles(workplace_.Profile(service.Port(), job.nBlock, false), 1);
         return run_.ClientAlone(job, 1);
     }

@@ -1,0 +1,30 @@
+// The program brenniksim as one end of a measurement: started, listening, and gone at the end.
+#pragma once
+
+#include "bench/Options.h"
+
+#include <string>
+#include <sys/types.h>
+#include <vector>
+
+namespace brennik::bench {
+
+class SimProcess {
+  public:
+    /// Starts the command with its options and "--quiet", and reads where it listens.
+    SimProcess(const Options& options, const std::vector<std::string>& command);
+    ~SimProcess();
+    SimProcess(const SimProcess&) = delete;
+    SimProcess& operator=(const SimProcess&) = delete;
+
+    const std::string& strListening() const { return strListening_; }
+
+    /// The port of an address and port.
+    uint16_t Port() const;
+
+  private:
+    pid_t process_ = -1;
+    std::string strListening_;
+};
+
+} // namespace brennik::bench
