@@ -37,8 +37,8 @@ std::string DateDigits(const DateTime& time) {
            Digits(time.iHour, 2, 10) + Digits(time.iMinute, 2, 10) + Digits(time.iSecond, 2, 10);
 }
 
-constexpr size_t kWriteHeader = 7; ///< letter, length and offset
 constexpr size_t kCheckSize = 2;
+constexpr size_t kOpenHeader = 40; ///< of an open packet, ahead of the name
 
 } // namespace
 
@@ -73,6 +73,45 @@ void FinishWriteFrame(std::string& strFrame) noexcept {
     const uint16_t check = BlockCheck(std::string_view(strFrame).substr(1, nEnd - 1));
     strFrame[nEnd] = static_cast<char>(check >> 8);
     strFrame[nEnd + 1] = static_cast<char>(check & 0xFFU);
+}
+
+char LongitudinalCheck(std::string_view strBytes) noexcept {
+    unsigned check = 0;
+    for (const char c : strBytes) {
+        check ^= Byte(c);
+    }
+    return static_cast<char>(check);
+}
+
+std::string BuildManagementFrame(std::string_view strPayload) {
+    std::string strFrame(1, kStx);
+    strFrame += strPayload;
+    strFrame.push_back(kEtx);
+    strFrame.push_back(LongitudinalCheck(std::string_view(strFrame).substr(1)));
+    return strFrame;
+}
+
+bool HasManagementForm(std::string_view strPayload) noexcept {
+    for (const char last : {'.', ','}) {
+        size_t nDigits = 0;
+        while (nDigits < strPayload.size() && strPayload[nDigits] >= '0' &&
+               strPayload[nDigits] <= '9') {
+            ++nDigits;
+        }
+        if (nDigits == 0 || nDigits == strPayload.size() || strPayload[nDigits] != last) {
+            return false;
+        }
+        strPayload.remove_prefix(nDigits + 1);
+    }
+    return true;
+}
+
+std::string ResumeReply(int64_t lBytes) {
+    std::string strReply(1, kStx);
+    strReply.push_back('R');
+    strReply += Digits(lBytes, 1, 16);
+    strReply.push_back(kEtx);
+    return strReply;
 }
 
 FrameReader::Result FrameReader::Add(std::string_view strBytes) {
@@ -176,6 +215,50 @@ std::string DirectoryPacket(std::string_view strName) {
     strPacket.push_back(static_cast<char>(strName.size()));
     strPacket += strName;
     return strPacket;
+}
+
+std::optional<OpenedFile> ReadOpenPacket(std::string_view strPacket) {
+    if (strPacket.size() < kOpenHeader) {
+        return std::nullopt;
+    }
+    return OpenedFile{strPacket[0] == 'A' || strPacket[0] == 'a',
+                      std::string(strPacket.substr(kOpenHeader))};
+}
+
+uint32_t ReadWriteOffset(std::string_view strPacket) noexcept {
+    uint32_t lOffset = 0;
+    for (const char c : strPacket.substr(3, 4)) {
+        lOffset = lOffset << 8 | Byte(c);
+    }
+    return lOffset;
+}
+
+std::string ReadVariablePacket(std::string_view strPacket) {
+    std::string strLine(strPacket.substr(1));
+    for (char& c : strLine) {
+        c = c == kSeparator ? '=' : c;
+    }
+    return strLine;
+}
+
+std::string JoinRecord(const std::vector<std::string>& fields) {
+    std::string strRecord;
+    for (const std::string& strField : fields) {
+        if (&strField != &fields.front()) {
+            strRecord.push_back(',');
+        }
+        const bool bQuoted = strField.find(',') != std::string::npos || strField.starts_with('"');
+        if (!bQuoted) {
+            strRecord += strField;
+            continue;
+        }
+        strRecord.push_back('"');
+        for (const char c : strField) {
+            strRecord.append(c == '"' ? 2 : 1, c);
+        }
+        strRecord.push_back('"');
+    }
+    return strRecord;
 }
 
 std::vector<std::string> SplitRecord(std::string_view strRecord) {

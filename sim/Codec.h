@@ -8,6 +8,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -21,6 +22,7 @@ inline constexpr char kEnq = '\x05';
 inline constexpr char kAck = '\x06';
 inline constexpr char kDle = '\x10';
 inline constexpr char kNak = '\x15';
+inline constexpr char kSyn = '\x16';
 inline constexpr char kSeparator = '\x1C';
 
 /// The most data that one write data packet can carry: its length field has two bytes.
@@ -37,6 +39,20 @@ char* StartWriteFrame(std::string& strFrame, uint32_t lOffset, size_t nData);
 
 /// Sets the check of a frame begun by StartWriteFrame.
 void FinishWriteFrame(std::string& strFrame) noexcept;
+
+/// The check of management messages: one byte, the exclusive or of all.
+char LongitudinalCheck(std::string_view strBytes) noexcept;
+
+/// Puts a management message into its frame: start, payload, ETX, and one byte of check over both.
+std::string BuildManagementFrame(std::string_view strPayload);
+
+/// A payload has the form of a management message: it begins with a version, which is digits, a
+/// point, digits and a comma. Nothing else tells the two kinds of frame apart.
+bool HasManagementForm(std::string_view strPayload) noexcept;
+
+/// What answers an open packet in the place of ACK when so many bytes of the file are there
+/// already: start, "R", the number in hexadecimal digits, ETX, and no check.
+std::string ResumeReply(int64_t lBytes);
 
 /// Cuts frames out of a stream of bytes that arrive in any cutting. Bytes ahead of a start
 /// character are dropped, and so are bytes behind the frame: every frame waits for an answer, so
@@ -78,6 +94,26 @@ std::string SuccessPacket();
 std::string FailurePacket();
 /// Set directory; a name of at most 255 bytes.
 std::string DirectoryPacket(std::string_view strName);
+
+/// What an open packet tells, as far as a receiver needs it. Nothing when it is too short for its
+/// fixed fields.
+struct OpenedFile {
+    bool bAppend = false;
+    std::string strName;
+};
+std::optional<OpenedFile> ReadOpenPacket(std::string_view strPacket);
+
+/// The offset of a write data packet that has its whole head.
+uint32_t ReadWriteOffset(std::string_view strPacket) noexcept;
+/// Bytes of a write data packet ahead of its data.
+inline constexpr size_t kWriteHeader = 7;
+
+/// The text of a configuration variable packet as "name=value".
+std::string ReadVariablePacket(std::string_view strPacket);
+
+/// The record of fields: one that holds a comma or begins with a double quote goes in double
+/// quotes, with its inner quotes doubled.
+std::string JoinRecord(const std::vector<std::string>& fields);
 
 /// The fields of a comma separated record; a field in double quotes may hold commas, and its inner
 /// quotes are doubled. An empty record has one empty field.

@@ -2,7 +2,9 @@
 
 #include "sim/Codec.h"
 
+#include <algorithm>
 #include <charconv>
+#include <limits>
 #include <utility>
 
 namespace brennik::sim {
@@ -10,6 +12,7 @@ namespace brennik::sim {
 namespace {
 
 constexpr size_t kMostBytes = size_t{16} << 20;
+constexpr int64_t kLongestMs = int64_t{24} * 60 * 60 * 1000; ///< a day
 
 constexpr std::pair<std::string_view, char> kNamedBytes[] = {
     {"STX", kStx}, {"ETX", kEtx}, {"EOT", kEot}, {"ENQ", kEnq},
@@ -169,6 +172,86 @@ int64_t ScriptNumber(std::string_view strText, std::string_view strWhat, int64_t
                             Quoted(strText)};
     }
     return lValue;
+}
+
+const std::string& ScriptLine::Word(const char* strWhat) {
+    const std::string& strText = Text(strWhat);
+    if (words_[nWord_ - 1].bQuoted) {
+        throw ScriptProblem{std::string(strWhat) + " is expected in place of " + Quoted(strText)};
+    }
+    return strText;
+}
+
+const std::string& ScriptLine::Text(const char* strWhat) {
+    if (!bMore()) {
+        throw ScriptProblem{std::string(strWhat) + " is missing at the end of the line"};
+    }
+    const ScriptWord& word = words_[nWord_++];
+    if (word.lRepeat != 1) {
+        throw ScriptProblem{std::string(strWhat) + " is expected in place of " +
+                            Quoted(word.strText)};
+    }
+    return word.strText;
+}
+
+int64_t ScriptLine::Number(const char* strWhat, int64_t lLeast, int64_t lMost) {
+    return ScriptNumber(Word(strWhat), strWhat, lLeast, lMost);
+}
+
+Microseconds ScriptLine::Time() {
+    return Number("a time in milliseconds", 0, kLongestMs) * 1000;
+}
+
+std::string ScriptLine::RestAsBytes() {
+    const size_t nFirst = std::exchange(nWord_, words_.size());
+    return ScriptBytes(words_, nFirst);
+}
+
+void ScriptLine::End() const {
+    if (bMore()) {
+        throw ScriptProblem{"nothing more is expected at " + Quoted(words_[nWord_].strText)};
+    }
+}
+
+std::optional<ScriptFrames> ReadFrames(const std::string& strFirstWord, ScriptLine& line) {
+    if (strFirstWord == "frame") {
+        const int64_t lFrame = line.Number("a frame number", 1, kMostTimes);
+        return ScriptFrames{lFrame, lFrame};
+    }
+    if (strFirstWord == "frames") {
+        const std::string_view strRange = line.Word("a range of frames");
+        const size_t nDash = std::min(strRange.find('-'), strRange.size());
+        const int64_t lFirst =
+            ScriptNumber(strRange.substr(0, nDash), "the first frame", 1, kMostTimes);
+        return ScriptFrames{lFirst,
+                            ScriptNumber(strRange.substr(std::min(nDash + 1, strRange.size())),
+                                         "the last frame", lFirst, kMostTimes)};
+    }
+    if (strFirstWord == "every" && line.Word("frame") == "frame") {
+        return ScriptFrames{1, std::numeric_limits<int64_t>::max()};
+    }
+    return std::nullopt;
+}
+
+bool ReadScript(std::string_view strText, const std::function<void(ScriptLine&)>& readLine,
+                std::string& strError) {
+    int64_t lLine = 0;
+    try {
+        while (!strText.empty()) {
+            ++lLine;
+            const size_t nEnd = std::min(strText.find('\n'), strText.size());
+            ScriptLine line(strText.substr(0, nEnd));
+            if (line.bMore()) {
+                readLine(line);
+                line.End();
+            }
+            strText.remove_prefix(std::min(nEnd + 1, strText.size()));
+        }
+    } catch (const ScriptProblem& problem) {
+        strError = "line " + std::to_string(lLine) + ": " + problem.strReason;
+        return false;
+    }
+    return true;
 }
 
 } // namespace brennik::sim

@@ -2,8 +2,11 @@
 // Pure text work, for real and in tests alike; what the words mean is the business of the script.
 #pragma once
 
+#include "sim/FarEnd.h"
+
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -35,5 +38,55 @@ std::string ScriptBytes(const std::vector<ScriptWord>& words, size_t nFirst);
 /// message of the ScriptProblem thrown otherwise.
 int64_t ScriptNumber(std::string_view strText, std::string_view strWhat, int64_t lLeast,
                      int64_t lMost);
+
+/// The most of what a script may count: times, frames and the like.
+inline constexpr int64_t kMostTimes = 1'000'000'000;
+
+/// Reads the words of one line from the left to the right. strWhat names what is wanted in the
+/// message of the ScriptProblem that is thrown when it isn't there.
+class ScriptLine {
+  public:
+    /// Throws ScriptProblem as SplitScriptLine does.
+    explicit ScriptLine(std::string_view strLine) : words_(SplitScriptLine(strLine)) {}
+
+    /// There are words left.
+    bool bMore() const { return nWord_ < words_.size(); }
+    /// The next word is there, and in quotes.
+    bool bQuotedNext() const { return bMore() && words_[nWord_].bQuoted; }
+
+    /// A plain word.
+    const std::string& Word(const char* strWhat);
+    /// A plain word or a quoted text, each as it stands.
+    const std::string& Text(const char* strWhat);
+    int64_t Number(const char* strWhat, int64_t lLeast, int64_t lMost);
+    /// A time in milliseconds, at most a day.
+    Microseconds Time();
+    /// The bytes that all words left stand for, as ScriptBytes gives them.
+    std::string RestAsBytes();
+
+    /// Throws ScriptProblem when there are words left.
+    void End() const;
+
+  private:
+    std::vector<ScriptWord> words_;
+    size_t nWord_ = 0;
+};
+
+/// Some frames of a session, counted from 1, both bounds included.
+struct ScriptFrames {
+    int64_t lFirst = 0;
+    int64_t lLast = 0;
+
+    bool bHolds(int64_t lFrame) const { return lFrame >= lFirst && lFrame <= lLast; }
+};
+
+/// The rest of a place whose first word has been read: "frame N", "frames N-M", "every frame".
+/// Nothing when the word begins none of them.
+std::optional<ScriptFrames> ReadFrames(const std::string& strFirstWord, ScriptLine& line);
+
+/// Reads a script: hands each line that has words to a function, which reads all of them. False,
+/// with "line N: " and the reason in strError, once a ScriptProblem was thrown.
+bool ReadScript(std::string_view strText, const std::function<void(ScriptLine&)>& readLine,
+                std::string& strError);
 
 } // namespace brennik::sim

@@ -4,6 +4,7 @@
 #pragma once
 
 #include "sim/FarEnd.h"
+#include "sim/ScriptText.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -81,8 +82,7 @@ class ServiceScript {
 
     struct Rule {
         ScriptPlace place = ScriptPlace::Start;
-        int64_t lFirst = 0;
-        int64_t lLast = 0;
+        ScriptFrames frames;
         ScriptAction action;
     };
 

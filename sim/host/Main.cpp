@@ -2,6 +2,7 @@
 
 #include "generated/Version.h"
 #include "platform/StandardStreams.h"
+#include "sim/host/DeviceCommand.h"
 #include "sim/host/OptionReader.h"
 #include "sim/host/ServiceCommand.h"
 
@@ -22,6 +23,7 @@ struct Command {
 };
 
 constexpr Command kCommands[] = {
+    {"device", "play a payment device on a serial line", brennik::sim::RunDevice},
     {"service", "play a service on a TCP port or a serial line", brennik::sim::RunService},
 };
 

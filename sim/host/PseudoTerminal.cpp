@@ -119,6 +119,14 @@ bool PseudoTerminal::bChangedHands() {
 }
 
 bool PseudoTerminal::Renew() {
+    return Clear(true);
+}
+
+bool PseudoTerminal::Clear() {
+    return Clear(false);
+}
+
+bool PseudoTerminal::Clear(bool bSettings) {
     const bool bNobody = bDeserted();
     const int slave = OpenSlave(strDevice_);
     if (slave < 0) {
@@ -126,6 +134,8 @@ bool PseudoTerminal::Renew() {
     }
     if (bNobody) {
         ::ioctl(slave, TIOCNXCL);
+    }
+    if (bNobody && bSettings) {
         MakeRaw(slave);
     }
     ::tcflush(master_, TCOFLUSH); // what the slave side has not even begun to take

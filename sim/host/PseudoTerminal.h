@@ -3,6 +3,7 @@
 // It stands on the operating system; tests of the far ends play them in virtual time instead.
 #pragma once
 
+#include <cstdint>
 #include <string>
 
 namespace brennik::sim {
@@ -27,6 +28,9 @@ class PseudoTerminal {
     /// The master side. Reads and writes on it never wait.
     int Master() const { return master_; }
 
+    /// The speed that the slave side is set to, in bits per second.
+    int64_t lSpeed() const;
+
     /// Becomes readable when somebody opens or closes the slave side; -1 when the host doesn't
     /// tell, and one has to look.
     int Watch() const { return watch_; }
@@ -46,8 +50,12 @@ class PseudoTerminal {
     /// the line for itself alone and left it so: nobody can open it any more.
     bool Renew();
 
+    /// The same, but the settings stay as the last one left them, as on a line with a device.
+    bool Clear();
+
   private:
     bool bDeserted() const;
+    bool Clear(bool bSettings);
     void TakeEvents();
     void Opened();
     void Closed();

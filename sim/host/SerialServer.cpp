@@ -1,6 +1,6 @@
 #include "sim/host/SerialServer.h"
 
-#include "sim/PacedBytes.h"
+#include "sim/host/LineBytes.h"
 #include "sim/host/Waiting.h"
 
 #include <algorithm>
@@ -27,9 +27,6 @@ constexpr Microseconds kLinger = 100'000;
 // How long an orderly close waits for the other end to take what is still unsent.
 constexpr Microseconds kUnsentLimit = 30'000'000;
 
-// On a paced line no more is read than this ahead of what is through; the rest waits at the writer.
-constexpr size_t kReadAhead = 4096;
-
 // The most that is still read of what an other end wrote that has gone; more than a line holds.
 constexpr size_t kMostLeftBehind = size_t{64} * 1024;
 
@@ -42,31 +39,25 @@ constexpr unsigned long kTimerSlack = 1000;
 class SerialServer::Session : public Wire {
   public:
     Session(PseudoTerminal& line, std::optional<int64_t> lRate, std::unique_ptr<FarEnd> farEnd)
-        : line_(line), farEnd_(std::move(farEnd)) {
-        if (lRate) {
-            toOther_.emplace(*lRate);
-            fromOther_.emplace(*lRate);
-        }
-        moment_ = Now();
-        farEnd_->Connected(*this, moment_);
+        : line_(line),
+          farEnd_(std::move(farEnd)),
+          bytes_(line, {lRate, std::nullopt},
+                 [this](Microseconds now, std::string_view strBytes) { Deliver(now, strBytes); }) {
+        const Microseconds now = Now();
+        bytes_.Begin(now);
+        farEnd_->Connected(*this, now);
     }
 
     void Send(std::string_view strBytes) override {
-        if (state_ != State::Open || bLeft_) {
-            return;
-        }
-        if (toOther_) {
-            toOther_->Put(strBytes, moment_);
-        } else {
-            Write(strBytes);
+        if (state_ == State::Open && !bLeft_) {
+            bytes_.Send(strBytes);
         }
     }
 
     void Close() override {
         if (state_ == State::Open) {
             state_ = State::Closing;
-            const Microseconds now = Now();
-            closeAt_ = (toOther_ ? std::max(now, toOther_->AllThrough()) : now) + kUnsentLimit;
+            closeAt_ = bytes_.AllThrough(Now()) + kUnsentLimit;
         }
     }
 
@@ -82,19 +73,16 @@ class SerialServer::Session : public Wire {
     /// end has left it.
     std::optional<Microseconds> Back() const { return back_; }
 
-    pollfd Polled() const {
-        const int events = (bMayRead() ? POLLIN : 0) | (strUnsent_.empty() ? 0 : POLLOUT);
-        return {bLeft_ ? -1 : line_.Master(), static_cast<short>(events), 0};
-    }
+    pollfd Polled() const { return {bLeft_ ? -1 : line_.Master(), bytes_.Events(), 0}; }
 
     std::optional<Microseconds> Deadline() const {
-        const auto due = state_ == State::Open ? farEnd_->NextDeadline() : closeAt_;
-        return toOther_ ? Sooner(due, Sooner(toOther_->NextLook(), fromOther_->NextLook())) : due;
+        return Sooner(state_ == State::Open ? farEnd_->NextDeadline() : closeAt_,
+                      bytes_.NextLook());
     }
 
     void Ready(short events) {
         if ((events & POLLOUT) != 0) {
-            strUnsent_.erase(0, WriteNow(strUnsent_));
+            bytes_.WriteOn();
         }
         if ((events & (POLLHUP | POLLERR)) != 0) {
             Leave();
@@ -109,7 +97,7 @@ class SerialServer::Session : public Wire {
         if (std::exchange(bLeft_, true)) {
             return;
         }
-        strUnsent_.clear();
+        bytes_.SetHeld(false);
         size_t nRead = 0;
         for (size_t nMore = 1; nMore > 0 && nRead < kMostLeftBehind; nRead += nMore) {
             nMore = Read();
@@ -119,17 +107,17 @@ class SerialServer::Session : public Wire {
     /// Does what is due by now, and what can be done without a wait.
     void Proceed() {
         const Microseconds now = Now();
-        if (toOther_ && !bOver()) {
-            Pace(now);
+        if (!bOver()) {
+            bytes_.Pace(now);
         }
         if (state_ == State::Open) {
             const auto due = farEnd_->NextDeadline();
             if (due && *due <= now) {
-                moment_ = now;
+                bytes_.Begin(now);
                 farEnd_->Elapsed(*this, now);
             }
         }
-        if (bLeft_ && (!fromOther_ || fromOther_->nUnderWay() == 0)) {
+        if (bLeft_ && bytes_.bAllHere()) {
             FinishLeft(now);
         } else if (state_ == State::Closing) {
             FinishClosing(now);
@@ -139,20 +127,6 @@ class SerialServer::Session : public Wire {
   private:
     enum class State { Open, Closing, Over };
 
-    bool bMayRead() const { return !fromOther_ || fromOther_->nUnderWay() < kReadAhead; }
-
-    void Pace(Microseconds now) {
-        if (const std::string_view strDue = toOther_->TakeThrough(now); !strDue.empty()) {
-            Write(strDue);
-        }
-        if (const std::string_view strDue = fromOther_->TakeThrough(now); !strDue.empty()) {
-            // An answer goes out from the moment at which the last byte was through, not from the
-            // somewhat later one of this look, so that looks don't slow the line down.
-            moment_ = fromOther_->LastThrough();
-            Deliver(now, strDue);
-        }
-    }
-
     void Deliver(Microseconds now, std::string_view strBytes) {
         if (state_ == State::Open) {
             farEnd_->Received(*this, now, strBytes);
@@ -160,44 +134,9 @@ class SerialServer::Session : public Wire {
     }
 
     size_t Read() {
-        ssize_t nRead = 0;
-        do {
-            nRead = ::read(line_.Master(), buffer_.data(), buffer_.size());
-        } while (nRead < 0 && errno == EINTR);
-        if (nRead <= 0) {
-            return 0;
-        }
-        const std::string_view strBytes(buffer_.data(), static_cast<size_t>(nRead));
-        const Microseconds now = Now();
-        if (fromOther_) {
-            fromOther_->Put(strBytes, now);
-        } else {
-            moment_ = now;
-            Deliver(now, strBytes);
-        }
+        const std::string_view strBytes = bytes_.Take();
+        bytes_.Arrived(Now(), strBytes);
         return strBytes.size();
-    }
-
-    void Write(std::string_view strBytes) {
-        if (bLeft_) {
-            return;
-        }
-        if (strUnsent_.empty()) {
-            strBytes.remove_prefix(WriteNow(strBytes));
-        }
-        strUnsent_.append(strBytes);
-    }
-
-    size_t WriteNow(std::string_view strBytes) {
-        ssize_t nWritten = 0;
-        do {
-            nWritten = ::write(line_.Master(), strBytes.data(), strBytes.size());
-        } while (nWritten < 0 && errno == EINTR);
-        if (nWritten >= 0) {
-            return static_cast<size_t>(nWritten);
-        }
-        // An other end that has gone shows at the next wait; what it can't get any more is dropped.
-        return errno == EAGAIN || errno == EWOULDBLOCK ? 0 : strBytes.size();
     }
 
     void FinishLeft(Microseconds now) {
@@ -208,8 +147,7 @@ class SerialServer::Session : public Wire {
     }
 
     void FinishClosing(Microseconds now) {
-        const bool bOut = strUnsent_.empty() && (!toOther_ || toOther_->nUnderWay() == 0);
-        if (bOut && !std::exchange(bLingers_, true)) {
+        if (bytes_.bAllOut() && !std::exchange(bLingers_, true)) {
             closeAt_ = now + kLinger;
         }
         if (*closeAt_ <= now) {
@@ -231,11 +169,7 @@ class SerialServer::Session : public Wire {
     bool bLingers_ = false;
     std::optional<Microseconds> closeAt_;
     std::optional<Microseconds> back_;
-    std::optional<PacedBytes> toOther_; ///< both only on a paced line
-    std::optional<PacedBytes> fromOther_;
-    std::string strUnsent_;   ///< through the line, but not taken yet
-    Microseconds moment_ = 0; ///< from which what the far end sends now goes out
-    std::array<char, 4096> buffer_;
+    LineBytes bytes_;
 };
 
 SerialServer::SerialServer(std::string strPath, std::optional<int64_t> lRate, Callbacks callbacks)

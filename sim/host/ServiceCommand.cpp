@@ -3,23 +3,19 @@
 #include "sim/Codec.h"
 #include "sim/PacedBytes.h"
 #include "sim/ServiceBehaviour.h"
+#include "sim/host/CommandPieces.h"
 #include "sim/host/ConnectionServer.h"
 #include "sim/host/FolderTree.h"
 #include "sim/host/OptionReader.h"
 #include "sim/host/SerialServer.h"
 #include "sim/host/Waiting.h"
 
-#include <cerrno>
-#include <charconv>
 #include <cstdint>
 #include <cstdio>
-#include <cstring>
-#include <fcntl.h>
 #include <memory>
 #include <optional>
 #include <string_view>
 #include <sys/stat.h>
-#include <unistd.h>
 #include <utility>
 
 namespace brennik::sim {
@@ -49,8 +45,6 @@ the address and port in use, or the path of the line.
 See brenniksim(1) for scripts and for the order in which files are sent.
 )";
 
-enum class Reporting { Quiet, Sessions, Events };
-
 struct Settings {
     std::optional<std::string> strListen;
     std::optional<std::string> strSerial;
@@ -63,25 +57,6 @@ struct Settings {
     bool bHelp = false;
     Reporting reporting = Reporting::Sessions;
 };
-
-// One line to stdout, at once: whoever reads it waits for it. A reader that has gone is no reason
-// to stop serving.
-void Print(const std::string& strLine) {
-    std::printf("%s\n", strLine.c_str());
-    std::fflush(stdout);
-}
-
-int64_t NumberOf(const std::string& strOption, const std::string& strValue, int64_t lLeast,
-                 int64_t lMost) {
-    int64_t lNumber = 0;
-    const char* end = strValue.data() + strValue.size();
-    const auto parsed = std::from_chars(strValue.data(), end, lNumber);
-    if (parsed.ec != std::errc() || parsed.ptr != end || lNumber < lLeast || lNumber > lMost) {
-        throw UsageProblem{strOption + " needs a whole number from " + std::to_string(lLeast) +
-                           " to " + std::to_string(lMost) + ", not \"" + strValue + "\""};
-    }
-    return lNumber;
-}
 
 int32_t BlockOf(const std::string& strValue) {
     return static_cast<int32_t>(
@@ -108,25 +83,6 @@ void AddVariable(Settings& settings, const std::string& strValue) {
 void AddMessage(Settings& settings, const std::string& strValue) {
     CheckField("--message", strValue);
     settings.tree->AddMessage(strValue);
-}
-
-std::string ContentOf(const std::string& strFile) {
-    const int fd = ::open(strFile.c_str(), O_RDONLY | O_CLOEXEC);
-    std::string strContent;
-    char buffer[4096];
-    ssize_t nRead = fd < 0 ? -1 : 1;
-    while (nRead > 0) {
-        nRead = ::read(fd, buffer, sizeof buffer);
-        strContent.append(buffer, nRead > 0 ? static_cast<size_t>(nRead) : 0);
-    }
-    const int error = errno;
-    if (fd >= 0) {
-        ::close(fd);
-    }
-    if (nRead < 0) {
-        throw UsageProblem{strFile + ": " + std::strerror(error)};
-    }
-    return strContent;
 }
 
 ServiceScript ScriptOf(const std::string& strFile) {
@@ -180,10 +136,6 @@ void ServeFolder(Settings& settings) {
     if (settings.bVariables && ::stat((settings.strFolder + "/config.sys").c_str(), &status) == 0) {
         throw UsageProblem{settings.strFolder + "/config.sys would replace what --config sends"};
     }
-}
-
-std::string Counted(int64_t lCount, const char* strWhat) {
-    return std::to_string(lCount) + " " + strWhat + (lCount == 1 ? "" : "s");
 }
 
 std::string Report(const ServiceBehaviour& session) {
@@ -244,8 +196,7 @@ class SessionMaker {
 };
 
 int Fail(const std::string& strError) {
-    std::fprintf(stderr, "brenniksim service: %s\n", strError.c_str());
-    return 1;
+    return FailCommand("service", strError);
 }
 
 int ServePort(const Settings& settings) {

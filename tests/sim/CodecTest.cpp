@@ -150,6 +150,59 @@ TEST(FrameReader, BoundsWhatItKeeps) {
         << "what lies beyond the bound is dropped, its end included";
 }
 
+TEST(Codec, FramesManagementMessagesWithOneByteOfCheck) {
+    EXPECT_EQ(sim::BuildManagementFrame("5.8,0,LS,Q,0,0,,,"), "\x02"
+                                                              "5.8,0,LS,Q,0,0,,,\x03\x5E");
+    EXPECT_EQ(sim::BuildManagementFrame(""), "\x02\x03\x03");
+    EXPECT_EQ(sim::BuildManagementFrame("\x03"), "\x02\x03\x03\x00"sv);
+    EXPECT_EQ(sim::LongitudinalCheck("\x80\xFF\x01"), '\x7E');
+    EXPECT_EQ(sim::LongitudinalCheck(""), '\0');
+}
+
+TEST(Codec, KnowsTheFormOfManagementMessages) {
+    for (const char* strPayload : {"5.8,0,LS", "3.9,", "12.345,x", "0.0,"}) {
+        EXPECT_TRUE(sim::HasManagementForm(strPayload)) << strPayload;
+    }
+    for (const char* strPayload :
+         {"", "5", "5.", "5.8", "5,8,", ".8,", "5.,", " 5.8,", "5.8 ,", "5.8.1,", "VFI,5.8,"}) {
+        EXPECT_FALSE(sim::HasManagementForm(strPayload)) << strPayload;
+    }
+}
+
+TEST(Codec, BuildsResumeReplies) {
+    EXPECT_EQ(sim::ResumeReply(16), "\x02R10\x03");
+    EXPECT_EQ(sim::ResumeReply(0), "\x02R0\x03");
+    EXPECT_EQ(sim::ResumeReply(0xFFFFFFFF), "\x02RFFFFFFFF\x03");
+}
+
+TEST(Codec, ReadsOpenPackets) {
+    const std::string strFields = "D00000ABC0000000020150522110009XXXXXXXX";
+    EXPECT_EQ(sim::ReadOpenPacket("O" + strFields + "A.TXT")->strName, "A.TXT");
+    EXPECT_FALSE(sim::ReadOpenPacket("O" + strFields)->bAppend);
+    EXPECT_TRUE(sim::ReadOpenPacket("A" + strFields + "x")->bAppend);
+    EXPECT_TRUE(sim::ReadOpenPacket("a" + strFields)->bAppend);
+    EXPECT_EQ(sim::ReadOpenPacket("O" + strFields)->strName, "");
+    EXPECT_FALSE(sim::ReadOpenPacket(strFields));
+}
+
+TEST(Codec, ReadsWriteOffsetsAndVariables) {
+    EXPECT_EQ(sim::ReadWriteOffset("W\x00\x00\x9C\x3E\x63\xC1x"sv), 0x9C3E63C1U);
+    EXPECT_EQ(sim::ReadVariablePacket("LA\x1C"
+                                      "B\x1C"
+                                      "C"),
+              "A=B=C");
+    EXPECT_EQ(sim::ReadVariablePacket("L"), "");
+}
+
+TEST(Codec, JoinsRecordsSoThatTheySplitAgain) {
+    EXPECT_EQ(sim::JoinRecord({"VFI", "", " P "}), "VFI,, P ");
+    EXPECT_EQ(sim::JoinRecord({"a,b", "\"c", "d\"e", "f\",g"}), R"("a,b","""c",d"e,"f"",g")");
+    EXPECT_EQ(sim::JoinRecord({""}), "");
+    EXPECT_EQ(sim::JoinRecord({}), "");
+    const std::vector<std::string> fields = {"a,b", "\"c", "", "d\"e", "\""};
+    EXPECT_EQ(sim::SplitRecord(sim::JoinRecord(fields)), fields);
+}
+
 TEST(Codec, SplitsRecords) {
     EXPECT_THAT(sim::SplitRecord("VFI,P,XDL"), ElementsAre("VFI", "P", "XDL"));
     EXPECT_THAT(sim::SplitRecord(""), ElementsAre(""));

@@ -4,6 +4,7 @@
 
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace brennik {
 namespace {
@@ -100,6 +101,83 @@ TEST(ScriptText, ReadsNumbersWithinTheirBounds) {
          {"10", "-1", "+1", "", "1x", " 1", "1.0", "0x1", "99999999999999999999"}) {
         EXPECT_THROW(sim::ScriptNumber(strBad, "n", 0, 9), ScriptProblem) << strBad;
     }
+}
+
+TEST(ScriptText, ReadsTheWordsOfALine) {
+    sim::ScriptLine line("word \"a text\" 42 1500 \"x\" 00");
+    EXPECT_TRUE(line.bMore());
+    EXPECT_FALSE(line.bQuotedNext());
+    EXPECT_EQ(line.Word("a word"), "word");
+    EXPECT_TRUE(line.bQuotedNext());
+    EXPECT_EQ(line.Text("a text"), "a text");
+    EXPECT_EQ(line.Number("a number", 1, 42), 42);
+    EXPECT_EQ(line.Time(), 1'500'000);
+    EXPECT_EQ(line.RestAsBytes(), "x\0"sv);
+    EXPECT_FALSE(line.bMore());
+    EXPECT_FALSE(line.bQuotedNext());
+    EXPECT_NO_THROW(line.End());
+}
+
+TEST(ScriptText, MissesTheWordsOfALine) {
+    const struct {
+        std::string_view strLine;
+        void (*read)(sim::ScriptLine& line);
+        std::string_view strProblem;
+    } cases[] = {
+        {"", [](sim::ScriptLine& line) { line.Word("a word"); },
+         "a word is missing at the end of the line"},
+        {"\"x\"", [](sim::ScriptLine& line) { line.Word("a word"); },
+         "a word is expected in place of \"x\""},
+        {"x*2", [](sim::ScriptLine& line) { line.Text("a text"); },
+         "a text is expected in place of \"x\""},
+        {"5", [](sim::ScriptLine& line) { line.Number("a number", 6, 7); },
+         "a number must be a whole number from 6 to 7, not \"5\""},
+        {"86400001", [](sim::ScriptLine& line) { line.Time(); },
+         "a time in milliseconds must be a whole number from 0 to 86400000, not \"86400001\""},
+        {"x", [](sim::ScriptLine& line) { line.End(); }, "nothing more is expected at \"x\""},
+    };
+    for (const auto& row : cases) {
+        try {
+            sim::ScriptLine line(row.strLine);
+            row.read(line);
+            ADD_FAILURE() << row.strLine;
+        } catch (const ScriptProblem& problem) {
+            EXPECT_EQ(problem.strReason, row.strProblem);
+        }
+    }
+}
+
+TEST(ScriptText, ReadsFrames) {
+    const auto read = [](std::string_view strLine) {
+        sim::ScriptLine line(strLine);
+        const std::string strFirst = line.Word("a place");
+        return sim::ReadFrames(strFirst, line);
+    };
+    EXPECT_TRUE(read("frame 3")->bHolds(3));
+    EXPECT_FALSE(read("frame 3")->bHolds(2));
+    EXPECT_FALSE(read("frame 3")->bHolds(4));
+    for (const int64_t lFrame : {3, 4, 5}) {
+        EXPECT_TRUE(read("frames 3-5")->bHolds(lFrame));
+    }
+    EXPECT_FALSE(read("frames 3-5")->bHolds(2));
+    EXPECT_FALSE(read("frames 3-5")->bHolds(6));
+    EXPECT_TRUE(read("every frame")->bHolds(1));
+    EXPECT_TRUE(read("every frame")->bHolds(int64_t{1} << 62));
+    EXPECT_FALSE(read("every other"));
+    EXPECT_FALSE(read("end"));
+}
+
+TEST(ScriptText, ReadsScriptsLineByLine) {
+    std::vector<std::string> words;
+    std::string strError;
+    const auto take = [&](sim::ScriptLine& line) { words.push_back(line.Word("a word")); };
+    EXPECT_TRUE(sim::ReadScript("one\n\n # two\nthree # four", take, strError));
+    EXPECT_EQ(words, (std::vector<std::string>{"one", "three"}));
+    EXPECT_EQ(strError, "");
+    EXPECT_FALSE(sim::ReadScript("one\ntwo more", take, strError));
+    EXPECT_EQ(strError, "line 2: nothing more is expected at \"more\"");
+    EXPECT_FALSE(sim::ReadScript("one\n\n\"two", take, strError));
+    EXPECT_EQ(strError, "line 3: a quoted text has no closing quote");
 }
 
 } // namespace

@@ -15,11 +15,11 @@ void PlainLine::Send(std::string_view strBytes) {
     static_cast<void>(::write(Descriptor(), strBytes.data(), strBytes.size()));
 }
 
-void PlainLine::SetRaw() {
+void PlainLine::SetRaw(int nRate) {
     termios settings{};
     ::tcgetattr(Descriptor(), &settings);
     ::cfmakeraw(&settings);
-    ::cfsetspeed(&settings, B115200);
+    ::cfsetspeed(&settings, static_cast<speed_t>(nRate));
     ::tcsetattr(Descriptor(), TCSANOW, &settings);
 }
 
@@ -30,6 +30,12 @@ void PlainLine::SetCooked() {
     settings.c_oflag |= OPOST | ONLCR;
     settings.c_lflag |= ICANON | ECHO | ISIG;
     ::tcsetattr(Descriptor(), TCSANOW, &settings);
+}
+
+int PlainLine::nWaiting() const {
+    int nBytes = 0;
+    ::ioctl(Descriptor(), FIONREAD, &nBytes);
+    return nBytes;
 }
 
 void PlainLine::TakeForItself() {

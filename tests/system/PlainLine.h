@@ -16,12 +16,15 @@ class PlainLine : public PlainPeer {
 
     void Send(std::string_view strBytes) override;
 
-    /// Sets the line to 115200 bits per second and to pass bytes as they are, throwing nothing
-    /// away.
-    void SetRaw();
+    /// Sets the line to a usual rate in bits per second and to pass bytes as they are, throwing
+    /// nothing away.
+    void SetRaw(int nRate = 115200);
 
     /// Sets it to what a person at a keyboard needs: lines, echo, translated line ends.
     void SetCooked();
+
+    /// Bytes that have come and aren't read yet.
+    int nWaiting() const;
 
     /// Takes the line for itself alone, for good.
     void TakeForItself();

@@ -13,10 +13,10 @@ constexpr int kLimitMs = 10'000;
 
 /// The number of bytes read, once there are some; 0 or less at the end of the connection, and after
 /// the limit with errno ETIMEDOUT.
-ssize_t ReadSome(int fd, char* buffer, size_t nCount) {
+ssize_t ReadSome(int fd, char* buffer, size_t nCount, int nLimitMs = kLimitMs) {
     for (;;) {
         pollfd polled{fd, POLLIN, 0};
-        if (::poll(&polled, 1, kLimitMs) != 1) {
+        if (::poll(&polled, 1, nLimitMs) != 1) {
             errno = ETIMEDOUT;
             return -1;
         }
@@ -35,11 +35,15 @@ PlainPeer::~PlainPeer() {
 }
 
 std::string PlainPeer::Receive(size_t nCount) {
+    return ReceiveWithin(kLimitMs, nCount);
+}
+
+std::string PlainPeer::ReceiveWithin(int nMilliseconds, size_t nCount) {
     std::string strBytes(nCount, '\0');
     size_t nHave = 0;
     ssize_t nRead = 1;
     while (nHave < nCount && nRead > 0) {
-        nRead = ReadSome(fd_, strBytes.data() + nHave, nCount - nHave);
+        nRead = ReadSome(fd_, strBytes.data() + nHave, nCount - nHave, nMilliseconds);
         nHave += nRead > 0 ? static_cast<size_t>(nRead) : 0;
     }
     strBytes.resize(nHave);

@@ -24,6 +24,9 @@ class PlainPeer {
     /// Exactly so many bytes; fewer when the connection or the limit ends first.
     std::string Receive(size_t nCount);
 
+    /// The same, but with waits of at most so many milliseconds.
+    std::string ReceiveWithin(int nMilliseconds, size_t nCount);
+
     /// What follows until the connection ends, then its end in parentheses, or "(silent)".
     std::string ReceiveToEnd();
 

@@ -13,8 +13,9 @@ namespace {
 
 constexpr std::string_view kListening = "listening on ";
 
-std::vector<std::string> ServiceArguments(std::vector<std::string> arguments) {
-    arguments.insert(arguments.begin(), {BRENNIK_SIM_PROGRAM, "service"});
+std::vector<std::string> ArgumentsOf(const std::string& strCommand,
+                                     std::vector<std::string> arguments) {
+    arguments.insert(arguments.begin(), {BRENNIK_SIM_PROGRAM, strCommand});
     return arguments;
 }
 
@@ -27,13 +28,14 @@ Ended RunSim(std::vector<std::string> arguments) {
     return {nExit, program.strOut(), program.strErr()};
 }
 
-SimService::SimService(std::vector<std::string> arguments, const std::function<void()>& inChild)
-    : program_(ServiceArguments(std::move(arguments)), inChild) {
+SimProgram::SimProgram(const std::string& strCommand, std::vector<std::string> arguments,
+                       const std::function<void()>& inChild)
+    : program_(ArgumentsOf(strCommand, std::move(arguments)), inChild) {
     EXPECT_TRUE(Eventually([&] { return nFirstLine() > 0 || !program_.bRunning(); }));
     EXPECT_THAT(program_.strOut(), testing::StartsWith(kListening)) << program_.strErr();
 }
 
-std::string SimService::strListening() const {
+std::string SimProgram::strListening() const {
     const std::string strLine = program_.strOut();
     const size_t nEnd = std::min(strLine.find('\n'), strLine.size());
     return nEnd < kListening.size() ? ""

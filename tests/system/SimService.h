@@ -9,6 +9,7 @@
 #include <functional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace brennik::system_tests {
@@ -29,17 +30,14 @@ struct Ended {
 /// Runs brenniksim to its end.
 Ended RunSim(std::vector<std::string> arguments);
 
-/// A running service whose first line has been read. It ends as any ProgramRun does.
-class SimService {
+/// A running command of it whose first line has been read. It ends as any ProgramRun does.
+class SimProgram {
   public:
-    explicit SimService(std::vector<std::string> arguments,
-                        const std::function<void()>& inChild = {});
+    SimProgram(const std::string& strCommand, std::vector<std::string> arguments,
+               const std::function<void()>& inChild = {});
 
     /// What the first line names as the place where it listens.
     std::string strListening() const;
-
-    /// The port of an address and port of this machine.
-    uint16_t iPort() const;
 
     ProgramRun& Program() { return program_; }
 
@@ -50,6 +48,22 @@ class SimService {
     size_t nFirstLine() const { return program_.strOut().find('\n') + 1; }
 
     ProgramRun program_;
+};
+
+class SimService : public SimProgram {
+  public:
+    explicit SimService(std::vector<std::string> arguments,
+                        const std::function<void()>& inChild = {})
+        : SimProgram("service", std::move(arguments), inChild) {}
+
+    /// The port of an address and port of this machine.
+    uint16_t iPort() const;
+};
+
+class SimDevice : public SimProgram {
+  public:
+    explicit SimDevice(std::vector<std::string> arguments)
+        : SimProgram("device", std::move(arguments)) {}
 };
 
 /// Reads ENQ, makes the request and reads its ACK.
