@@ -46,6 +46,56 @@ class TBrennikProtocolTestAccess {
     const std::string& strGroupFolder() const { return oProtocol_.strGroupFolder_; }
     void EndTmsAppDownload() { oProtocol_.bTmsAppDownloadActive_ = false; }
 
+    // The operations on a device, with the arguments of the engine's own.
+
+    int32_t GetFirstPacketFromDevice(TBrennikClientConfig& oConfig, TSerialComms& oSerialComms,
+                                     TIsoProtocol& oDeviceLink, TConnectionInfo& oConnection,
+                                     const std::string& strConfigFileLoc, int32_t lProfileId,
+                                     TFLClientLog& oLog, std::string& strPacket,
+                                     std::string& strPTID, PassThruState& lPassThruState) {
+        return oProtocol_.GetFirstPacketFromDevice(oConfig, oSerialComms, oDeviceLink, oConnection,
+                                                   strConfigFileLoc, lProfileId, oLog, strPacket,
+                                                   strPTID, lPassThruState);
+    }
+    int32_t GetFirstPacketFromDeviceForUpload(TBrennikClientConfig& oConfig,
+                                              TIsoProtocol& oDeviceLink, std::string& strPacket,
+                                              std::string& strPTID) {
+        return oProtocol_.GetFirstPacketFromDeviceForUpload(oConfig, oDeviceLink, strPacket,
+                                                            strPTID);
+    }
+    void WaitForDeviceReboot(TIsoProtocol& oDeviceLink, int32_t lTimeout, TFLClientLog& oLog,
+                             const TBrennikClientConfig& oConfig) {
+        oProtocol_.WaitForDeviceReboot(oDeviceLink, lTimeout, oLog, oConfig);
+    }
+    static int32_t NextAutoBaudRate(bool bAutoBaud, int32_t lBaudRate) {
+        return TBrennikProtocol::NextAutoBaudRate(bAutoBaud, lBaudRate);
+    }
+    void CopyTerminalIdFromProfile(TBrennikClientConfig& oConfig,
+                                   const std::string& strConfigFileLoc) {
+        oProtocol_.oConfig_ = &oConfig;
+        oProtocol_.CopyTerminalIdFromProfile(strConfigFileLoc);
+    }
+    int32_t ForcePedIntoTmsMode(TBrennikClientConfig& oConfig, TIsoProtocol& oDeviceLink,
+                                TIsoProtocol& oServerLink, TSocketComms& oServerChannel,
+                                TConnectionInfo& oServerConnection, TFLClientLog& oLog,
+                                std::string& strPacket) {
+        return oProtocol_.ForcePedIntoTmsMode(oConfig, oDeviceLink, oServerLink, oServerChannel,
+                                              oServerConnection, oLog, strPacket);
+    }
+    void SubstituteProfileFields(const TBrennikClientConfig& oConfig, std::string& strPacket) {
+        oProtocol_.SubstituteProfileFields(oConfig, strPacket);
+    }
+    int32_t DownloadTmsApplication(TBrennikClientConfig& oConfig, TIsoProtocol& oDeviceLink,
+                                   TFLClientLog& oLog, const std::string& strPacket,
+                                   PassThruState& lPassThruState) {
+        return oProtocol_.DownloadTmsApplication(oConfig, oDeviceLink, oLog, strPacket,
+                                                 lPassThruState);
+    }
+    bool bTmsModeRequested() const { return oProtocol_.bTmsModeRequested_; }
+    void bTmsModeRequested(bool bRequested) { oProtocol_.bTmsModeRequested_ = bRequested; }
+    bool bDeviceAnswered() const { return oProtocol_.bDeviceAnswered_; }
+    bool bTmsAppDownloadActive() const { return oProtocol_.bTmsAppDownloadActive_; }
+
   private:
     TBrennikProtocol& oProtocol_;
 };
