@@ -143,8 +143,12 @@ TEST_F(UnattendedRun, StartsTheScriptOnlyAfterASuccessInMode0ThatAsksForIt) {
     EXPECT_TRUE(Log().back().starts_with("INFO   : Connection Closed")) << "a success";
     EXPECT_TRUE(host.processes.calls.empty()) << "not asked for";
 
+    // A device side over TCP that can't be reached would be waited for without end.
+    std::vector<std::string> reachable = script;
+    reachable.insert(reachable.end(),
+                     {"ClientIPAddress1=10.0.0.1", "ClientPortNo1=5000", "ClientConnectTimeout=5"});
     for (int32_t lMode = 1; lMode <= 3; ++lMode) {
-        WriteProfile(1, script);
+        WriteProfile(1, reachable);
         std::string strIni = Ini();
         strIni.replace(strIni.find("Mode=0"), 6, "Mode=" + std::to_string(lMode));
         host.files.Put("/config/BrennikClient.ini", strIni);
