@@ -106,6 +106,8 @@ void frmBrennikClient::BuildList() {
     header->setStretchLastSection(false);
     connect(header, &QHeaderView::sectionResized, this,
             [this](int nSection, int, int nWidth) { TakeColumnWidth(nSection, nWidth); });
+    // The viewport follows the window late, and a scroll bar narrows it.
+    lstFiles_->viewport()->installEventFilter(this);
     lstFiles_->setFocus();
 }
 
@@ -120,8 +122,12 @@ void frmBrennikClient::ArrangeList() {
     // A menu in a huge font leaves less than the rule gives.
     const int nHeight = std::clamp(height() - kListMarginHeight, 0, std::max(height() - nTop, 0));
     lstFiles_->setGeometry(kListMarginWidth / 2, nTop, nWidth, nHeight);
+}
 
-    ArrangeColumns();
+bool frmBrennikClient::eventFilter(QObject* watched, QEvent* event) {
+    if (event->type() == QEvent::Resize)
+        ArrangeColumns();
+    return QMainWindow::eventFilter(watched, event);
 }
 
 void frmBrennikClient::ArrangeColumns() {

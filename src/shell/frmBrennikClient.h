@@ -21,6 +21,7 @@ class frmBrennikClient : public QMainWindow {
 
   protected:
     void resizeEvent(QResizeEvent* event) override;
+    bool eventFilter(QObject* watched, QEvent* event) override;
     /// Refused while a window is open on top, and so during a run.
     void closeEvent(QCloseEvent* event) override;
 

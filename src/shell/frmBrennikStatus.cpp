@@ -25,6 +25,8 @@ namespace brennik {
 
 namespace {
 
+constexpr const char* kScriptText = "PROCESSING DOWNLOADED SCRIPT FILE...PLEASE WAIT";
+
 constexpr int kStartDelay = 300;     // ms
 constexpr int kUpdateInterval = 100; // ms
 
@@ -72,7 +74,8 @@ void frmBrennikStatus::BuildControls() {
         auto* field = new QLineEdit;
         field->setObjectName(QStringLiteral("txtBrennik(%1)").arg(i));
         field->setReadOnly(true);
-        field->setMinimumWidth(field->fontMetrics().averageCharWidth() * 56);
+        field->setMinimumWidth(field->fontMetrics().horizontalAdvance(QLatin1String(kScriptText) +
+                                                                      QLatin1String("MMM")));
         auto* label = new QLabel(QString::fromLatin1(labels[i]));
         label->setBuddy(field);
         fields->addWidget(label, static_cast<int>(i), 0);
@@ -173,7 +176,7 @@ void frmBrennikStatus::RunProfile() {
 }
 
 void frmBrennikStatus::RunScript() {
-    SetField(0, "PROCESSING DOWNLOADED SCRIPT FILE...PLEASE WAIT");
+    SetField(0, kScriptText);
     SetField(1, oConfig->strWorkingFolder());
     SetField(2, oConfig->strScriptFileName());
     // No event is handled while the script runs.

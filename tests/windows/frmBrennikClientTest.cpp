@@ -65,6 +65,7 @@ TEST_F(FrmBrennikClient, GivesTheListItsWidthLess100TwipsAndItsHeightLess700) {
 
 TEST_F(FrmBrennikClient, LetsItsColumnsKeepUsefulWidths) {
     const QHeaderView& header = *List().header();
+    EXPECT_EQ(header.length(), List().viewport()->width()) << "from the start";
     for (const int nWidth : {320, 700, 1500}) {
         MainWindow().resize(nWidth, 300);
         EXPECT_GE(header.sectionSize(0),
@@ -73,6 +74,10 @@ TEST_F(FrmBrennikClient, LetsItsColumnsKeepUsefulWidths) {
         EXPECT_GE(header.sectionSize(2), 60);
         EXPECT_EQ(header.length(), List().viewport()->width()) << "nothing is out of sight";
     }
+    for (int i = 0; i < 100; ++i) // and beside a scroll bar
+        MainWindow().AddDownloadedFile("/f", "n");
+    QCoreApplication::processEvents();
+    EXPECT_EQ(header.length(), List().viewport()->width());
     // What the user has made of them holds for other widths of the window.
     List().header()->resizeSection(1, 300);
     const double dShare = 300.0 / (300 + header.sectionSize(2));
