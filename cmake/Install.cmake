@@ -7,5 +7,6 @@ install(FILES packaging/BrennikClient.ini DESTINATION ${CMAKE_INSTALL_DATADIR}/b
 install(FILES packaging/brenniksim.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
 install(FILES README.md docs/user-guide.md docs/architecture.md docs/wire-format.md
   DESTINATION ${CMAKE_INSTALL_DOCDIR})
+install(DIRECTORY docs/images DESTINATION ${CMAKE_INSTALL_DOCDIR})
 # Below the prefix, as the system looks for rules in /usr/lib and /usr/local/lib.
 install(FILES packaging/70-brennikclient-serial.rules DESTINATION lib/udev/rules.d)
