@@ -106,6 +106,7 @@ void frmBrennikStatus::BuildControls() {
     layout->addWidget(Frame1);
     layout->addStretch();
     layout->addLayout(buttons);
+    txtBrennik_.front()->setFocus();
 }
 
 void frmBrennikStatus::SetFieldColours() {
