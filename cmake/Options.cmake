@@ -2,6 +2,9 @@ option(BRENNIK_TESTS "Build the tests (needs GoogleTest)" OFF)
 option(BRENNIK_BENCH "Build the measurements (needs Google Benchmark)" OFF)
 option(BRENNIK_FUZZ "Build the fuzz targets (needs clang)" OFF)
 option(BRENNIK_WERROR "Turn warnings into errors" OFF)
+set(BRENNIK_WINDOWS AUTO CACHE STRING
+  "Build the windows, which need Qt 6 Widgets: ON, OFF, or AUTO for ON where Qt is found")
+set_property(CACHE BRENNIK_WINDOWS PROPERTY STRINGS AUTO ON OFF)
 set(BRENNIK_SANITIZE "" CACHE STRING "Sanitizers to build with, as -fsanitize= takes them")
 
 if(NOT CMAKE_BUILD_TYPE)

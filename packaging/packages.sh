@@ -25,3 +25,7 @@ need_packages() {
 
 # What it takes to build the two programs.
 build_packages=(g++ cmake ninja-build libssl-dev)
+
+# What the windows take beside it, and what it takes to show and to drive them without a screen.
+windows_packages=(qt6-base-dev)
+screen_packages=(xvfb xdotool fonts-dejavu-core)

@@ -27,7 +27,9 @@ ScopedHost::~ScopedHost() {
 }
 
 void PumpEvents() {
-    CurrentHost().pumpEvents();
+    // A host that nobody has used yet has no hook, and isn't made for the sake of it.
+    if (Current() != nullptr || RealHostMade())
+        CurrentHost().pumpEvents();
 }
 
 float SecondsSinceMidnight() {

@@ -34,6 +34,9 @@ Host& CurrentHost();
 /// The one host over the operating system, made at its first use.
 Host& RealHost();
 
+/// Whether that first use has been.
+bool RealHostMade();
+
 /// Makes a host the current one for as long as it lives.
 class ScopedHost {
   public:

@@ -53,10 +53,14 @@ ProgramFolderChoice ChooseProgramFolder(const ProgramFolderSources& sources) {
     return {WithoutEndSeparators(sources.strExecutable.substr(0, nName + 1)), false};
 }
 
+std::string ExecutableFile() {
+    return LinkTarget("/proc/self/exe");
+}
+
 ProgramFolderChoice CurrentProgramFolder() {
     ProgramFolderSources sources;
     sources.strBrennikHome = Environment("BRENNIK_HOME");
-    sources.strExecutable = LinkTarget("/proc/self/exe");
+    sources.strExecutable = ExecutableFile();
     sources.strInstalledProgram = BRENNIK_INSTALLED_PROGRAM;
     sources.strDataHome = Environment("XDG_DATA_HOME");
     if (sources.strExecutable == sources.strInstalledProgram) {

@@ -28,4 +28,7 @@ ProgramFolderChoice ChooseProgramFolder(const ProgramFolderSources& sources);
 /// The choice for this process, as things stand now.
 ProgramFolderChoice CurrentProgramFolder();
 
+/// The file that runs, as a whole path; empty when the system doesn't tell it.
+std::string ExecutableFile();
+
 } // namespace brennik

@@ -26,11 +26,18 @@ struct LinuxHost {
     Host host{clock, sockets, comPorts, files, profileStrings, processes, ostRtl};
 };
 
+bool bMade = false;
+
 } // namespace
 
 Host& RealHost() {
     static LinuxHost host;
+    bMade = true;
     return host.host;
+}
+
+bool RealHostMade() {
+    return bMade;
 }
 
 } // namespace brennik

@@ -8,4 +8,8 @@ namespace brennik {
 /// takes its number. To be called first of all.
 void OpenStandardStreams();
 
+/// Ends the process at once with status 0; only what was printed still goes out. For a library that
+/// would otherwise end it with a crash.
+[[noreturn]] void EndProcess();
+
 } // namespace brennik

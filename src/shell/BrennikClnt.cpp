@@ -4,7 +4,7 @@
 #include "session/TBrennikProtocol.h"
 #include "shell/CommandLine.h"
 #include "shell/UnattendedRun.h"
-#include "shell/WindowsModule.h"
+#include "shell/Windows.h"
 #include "support/Failure.h"
 #include "support/OstrandString.h"
 
@@ -22,16 +22,20 @@ void ReadOption(const char* strName, std::string& strValue, const std::string& s
         strValue.clear();
 }
 
-void RunMain(const std::string& strCommandLine) {
+bool AsksForHelp(const std::string& strCommandLine) {
+    std::string strValue;
+    return GetCommandLineArg("-help", strValue, strCommandLine) == 0;
+}
+
+void RunMain(const std::string& strCommandLine, Windows& windows) {
     oConfig = std::make_unique<TBrennikClientConfig>();
     oProtocol = std::make_unique<TBrennikProtocol>();
     if (strCommandLine.empty()) {
-        ShowMainWindow();
+        windows.ShowMainWindow();
         return;
     }
-    std::string strValue;
-    if (GetCommandLineArg("-help", strValue, strCommandLine) == 0) {
-        ShowUsage();
+    if (AsksForHelp(strCommandLine)) {
+        ShowUsage(windows);
         return;
     }
     UnattendedOptions options;
@@ -53,8 +57,12 @@ void RunMain(const std::string& strCommandLine) {
 
 } // namespace
 
-void Main(const std::string& strCommandLine) {
-    Quietly([&] { RunMain(strCommandLine); });
+void Main(const std::string& strCommandLine, Windows& windows) {
+    Quietly([&] { RunMain(strCommandLine, windows); });
+}
+
+bool NeedsWindow(const std::string& strCommandLine) {
+    return strCommandLine.empty() || AsksForHelp(strCommandLine);
 }
 
 // The misspellings, and the two options that aren't listed, are meant: the text is known so.
@@ -72,8 +80,8 @@ std::string UsageText() {
            "[-terminalid           <brennikclient terminal id to use>]";
 }
 
-void ShowUsage() {
-    ShowUsageBox(UsageText());
+void ShowUsage(Windows& windows) {
+    windows.ShowUsageBox(UsageText());
 }
 
 } // namespace brennik

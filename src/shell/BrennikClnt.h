@@ -13,6 +13,7 @@ namespace brennik {
 
 class TBrennikClientConfig;
 class TBrennikProtocol;
+class Windows;
 
 /// The profile loaded for the run. Main creates it; the profile picker replaces it.
 extern std::unique_ptr<TBrennikClientConfig> oConfig;
@@ -25,13 +26,17 @@ extern int32_t lProfileId;
 
 /// The whole program: opens the main window for an empty command line, shows the usage for -help,
 /// and otherwise runs one profile unattended. Reports nothing; failures end it without a word.
-void Main(const std::string& strCommandLine);
+/// The windows are borrowed until it returns.
+void Main(const std::string& strCommandLine, Windows& windows);
+
+/// Whether Main opens a window for that command line. Uses no host.
+bool NeedsWindow(const std::string& strCommandLine);
 
 /// The text of the usage box, lines ending in CR LF.
 std::string UsageText();
 
 /// Shows the usage text.
-void ShowUsage();
+void ShowUsage(Windows& windows);
 
 /// Starts the script that came down with the files in strFolder and waits, without limit, until it
 /// has ended. Writes its course to the session log; a failure changes nothing else.

@@ -1,7 +1,10 @@
+#include "platform/SharedObject.h"
 #include "platform/StandardStreams.h"
 #include "shell/BrennikClnt.h"
 #include "shell/CommandLine.h"
 #include "shell/UnattendedRun.h"
+#include "shell/WindowsEntry.h"
+#include "shell/WindowsModule.h"
 
 #include <string>
 #include <vector>
@@ -11,8 +14,11 @@ int main(int argc, char** argv) {
     brennik::OpenStandardStreams();
     const std::vector<std::string> strArguments(argv + (argc > 0 ? 1 : 0), argv + argc);
     const std::string strCommandLine = brennik::CommandLineFromArguments(strArguments);
-    if (!strCommandLine.empty())
+    brennik::WindowsModule windows;
+    if (!brennik::NeedsWindow(strCommandLine))
         brennik::CancelRunOnSignals();
-    brennik::Main(strCommandLine);
+    else if (windows.TakeOver(brennik::LibraryPlaces(brennik::kWindowsModuleName), argc, argv))
+        return 0;
+    brennik::Main(strCommandLine, windows);
     return 0;
 }

@@ -18,6 +18,18 @@ class StoppedClock : public Clock {
     int32_t lSlept = 0;
 };
 
+/// Asked before any test has used the host.
+const bool bMadeByPumping = [] {
+    PumpEvents();
+    return RealHostMade();
+}();
+
+TEST(RealHost, IsNotMadeForTheSakeOfItsHook) {
+    EXPECT_FALSE(bMadeByPumping);
+    RealHost();
+    EXPECT_TRUE(RealHostMade());
+}
+
 TEST(Host, TheRealOneIsInForceUntilAnotherStands) {
     EXPECT_EQ(&CurrentHost(), &RealHost());
 }

@@ -16,10 +16,11 @@ class BrennikClnt : public shell::ShellTest {
         std::string strOut;
         std::string strErr;
     };
-    static Output RunMain(const std::string& strCommandLine) {
+    /// Main, with all that went to the two streams meanwhile.
+    Output RunMain(const std::string& strCommandLine) {
         testing::internal::CaptureStdout();
         testing::internal::CaptureStderr();
-        Main(strCommandLine);
+        ShellTest::RunMain(strCommandLine);
         return {testing::internal::GetCapturedStdout(), testing::internal::GetCapturedStderr()};
     }
 };
@@ -43,12 +44,13 @@ TEST_F(BrennikClnt, CreatesConfigurationAndEngineFirst) {
     EXPECT_EQ(lProfileId, -1);
 }
 
-TEST_F(BrennikClnt, TellsInOneLineThatThisBuildHasNoWindows) {
+TEST_F(BrennikClnt, OpensTheMainWindowForAnEmptyCommandLineAndReturns) {
     const Output output = RunMain("");
-    EXPECT_EQ(output.strOut, "");
-    EXPECT_EQ(output.strErr, "brennikclient: this build has no windows; run a profile with "
-                             "-configfiledir and -profileid\n");
+    EXPECT_EQ(windows.calls, std::vector<std::string>{"main window"});
+    EXPECT_EQ(output.strOut + output.strErr, "");
     EXPECT_FALSE(Ran());
+    EXPECT_NE(oConfig, nullptr);
+    EXPECT_NE(oProtocol, nullptr);
 }
 
 TEST_F(BrennikClnt, HasTheUsageTextWithCarriageReturns) {
@@ -61,11 +63,23 @@ TEST_F(BrennikClnt, HasTheUsageTextWithCarriageReturns) {
 TEST_F(BrennikClnt, ShowsTheUsageForHelpWhateverElseIsGivenAndRunsNothing) {
     for (const char* line : {"-help", "-configfiledir /config -profileid 1 -help",
                              "-help -configfiledir /config -profileid 1"}) {
+        windows.calls.clear();
         const Output output = RunMain(line);
-        EXPECT_EQ(output.strOut, kUsageLines) << line;
-        EXPECT_EQ(output.strErr, "") << line;
+        EXPECT_EQ(windows.calls, std::vector<std::string>{UsageText()}) << line;
+        EXPECT_EQ(output.strOut + output.strErr, "") << line;
     }
     EXPECT_FALSE(Ran());
+}
+
+TEST_F(BrennikClnt, KnowsBeforehandWhetherAWindowOpens) {
+    for (const char* line : {"", "-help", "-help x", "-profileid 1 -help", "-help \"x\""})
+        EXPECT_TRUE(NeedsWindow(line)) << line;
+    for (const char* line :
+         {" ", "-configfiledir /config -profileid 1", "help", "-HELP", "-help \"never closed"}) {
+        EXPECT_FALSE(NeedsWindow(line)) << line;
+        RunMain(line);
+    }
+    EXPECT_TRUE(windows.calls.empty());
 }
 
 TEST_F(BrennikClnt, RunsAProfileWithoutAnyOutput) {

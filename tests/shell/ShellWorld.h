@@ -5,6 +5,7 @@
 #include "config/TBrennikClientConfig.h"
 #include "session/TBrennikProtocol.h"
 #include "shell/BrennikClnt.h"
+#include "shell/Windows.h"
 #include "tests/session/Packets.h"
 #include "tests/world/SimHost.h"
 
@@ -15,6 +16,15 @@
 #include <vector>
 
 namespace brennik::shell {
+
+/// Windows that only note what they were asked for.
+class NotedWindows : public Windows {
+  public:
+    void ShowMainWindow() override { calls.emplace_back("main window"); }
+    void ShowUsageBox(const std::string& strText) override { calls.push_back(strText); }
+
+    std::vector<std::string> calls;
+};
 
 class ShellTest : public world::WorldTest {
   protected:
@@ -30,6 +40,9 @@ class ShellTest : public world::WorldTest {
         oConfig.reset();
         lProfileId = -1;
     }
+
+    /// Main, as a user's command line starts it.
+    void RunMain(const std::string& strCommandLine) { Main(strCommandLine, windows); }
 
     /// Writes a working profile with some settings changed or added, "Key=value" each.
     void WriteProfile(int32_t lNumber, const std::vector<std::string>& settings = {}) {
@@ -73,6 +86,7 @@ class ShellTest : public world::WorldTest {
     bool Ran() const { return peer.nConnections() > 0; }
 
     world::ScriptedPeer& peer;
+    NotedWindows windows;
 };
 
 } // namespace brennik::shell

@@ -17,7 +17,7 @@ class UnattendedRun : public shell::ShellTest {
   protected:
     /// A run of profile 1 with more options behind the required ones.
     void Run(const std::string& strOptions = "") {
-        Main("-configfiledir /config -profileid 1 " + strOptions);
+        RunMain("-configfiledir /config -profileid 1 " + strOptions);
         host.RunFor(world::kMillisecond); // the last answer reaches the service of this run
     }
 };
@@ -179,7 +179,7 @@ TEST_F(UnattendedRun, LooksForTheScriptInTheBaseFolderAfterAChangeOfGroup) {
 TEST_F(UnattendedRun, TouchesNothingOnDiskForAnUnknownProfile) {
     host.files.Put("/home/user/letter.txt", "mine");
     const auto before = session::Contents(host.files);
-    Main("-configfiledir /config -profileid 99");
+    RunMain("-configfiledir /config -profileid 99");
     EXPECT_EQ(session::Contents(host.files), before);
     EXPECT_FALSE(Ran());
 }
