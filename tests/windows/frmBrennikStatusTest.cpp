@@ -81,6 +81,7 @@ TEST_F(FrmBrennikStatus, IsReadByTabInItsOrder) {
     ASSERT_TRUE(QTest::qWaitForWindowActive(&Status()));
     std::vector<std::string> names;
     for (int i = 0; i < 5; ++i) {
+        ASSERT_NE(Status().focusWidget(), nullptr) << i;
         names.push_back(Status().focusWidget()->objectName().toStdString());
         QTest::keyClick(Status().focusWidget(), Qt::Key_Tab);
     }
