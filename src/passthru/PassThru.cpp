@@ -111,8 +111,12 @@ void TBrennikProtocol::BeginPassThruCycle(PassThruRun& run) {
         run.oDeviceChannel = std::make_unique<TSerialComms>();
     else
         run.oDeviceChannel = std::make_unique<TSocketComms>();
-    if (!InitialisePassThruLink(run, run.oServerLink, *run.oServerChannel, true) ||
-        !InitialisePassThruLink(run, run.oDeviceLink, *run.oDeviceChannel, false))
+    // Both in any case: none may keep the channel of the cycle before.
+    const bool bServerLink =
+        InitialisePassThruLink(run, run.oServerLink, *run.oServerChannel, true);
+    const bool bDeviceLink =
+        InitialisePassThruLink(run, run.oDeviceLink, *run.oDeviceChannel, false);
+    if (!bServerLink || !bDeviceLink)
         return;
     LoadConnectionInfo(config, run.oServerConnection, /*bServer=*/true);
     LoadConnectionInfo(config, run.oDeviceConnection, /*bServer=*/false);

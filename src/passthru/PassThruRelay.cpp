@@ -27,8 +27,8 @@ void TBrennikProtocol::RelayDownload(PassThruRun& run) {
             FailRelay(run, run.oDeviceLink);
         } else if (run.oServerLink.SendArbitraryData(run.strChar) != 0) {
             FailRelay(run, run.oServerLink);
-        } else if (ActOnRelayedFrame(run, BrennikState::DownloadingFile, bEnded)) {
-            SetError(error_, CommsErrors::kDownloadFailed);
+        } else if (ActOnRelayedFrame(run, BrennikState::DownloadingFile,
+                                     CommsErrors::kDownloadFailed, bEnded)) {
             run.bError = true;
         }
     }
@@ -49,16 +49,17 @@ void TBrennikProtocol::RelayUpload(PassThruRun& run) {
             FailRelay(run, run.oDeviceLink);
         } else if (run.oDeviceLink.SendArbitraryData(run.strChar) != 0) {
             FailRelay(run, run.oServerLink);
-        } else if (ActOnRelayedFrame(run, BrennikState::UploadingFile, bEnded)) {
-            SetError(error_, CommsErrors::kUploadFailed);
+        } else if (ActOnRelayedFrame(run, BrennikState::UploadingFile, CommsErrors::kUploadFailed,
+                                     bEnded)) {
             run.bError = true;
         }
     }
 }
 
 /// What a relay learns from a frame that it has delivered: progress, and the end of the session,
-/// told by bEnded. True for the packet of a session that was unsuccessful.
-bool TBrennikProtocol::ActOnRelayedFrame(PassThruRun& run, BrennikState lState, bool& bEnded) {
+/// told by bEnded. True for the packet of a session that was unsuccessful, whose text is set.
+bool TBrennikProtocol::ActOnRelayedFrame(PassThruRun& run, BrennikState lState,
+                                         const CommsError& unsuccessful, bool& bEnded) {
     bool bUnsuccessful = false;
     if (run.oPacket.BreakOutPacket(run.strPacket) != 0) {
         FailPassThru(run, run.oPacket); // delivered all the same
@@ -69,6 +70,8 @@ bool TBrennikProtocol::ActOnRelayedFrame(PassThruRun& run, BrennikState lState, 
         PumpEvents();
         bEnded = type == BrennikPacketType::SessionSuccessful;
         bUnsuccessful = type == BrennikPacketType::SessionUnsuccessful;
+        if (bUnsuccessful)
+            SetError(error_, unsuccessful);
     }
     PumpEvents();
     return bUnsuccessful;
@@ -166,9 +169,9 @@ void TBrennikProtocol::ServeFallbackRequest(PassThruRun& run) {
             FailRelay(run, run.oServerLink);
         } else if (run.oDeviceLink.SendPacket(run.strPacket) != 0) {
             FailRelay(run, run.oDeviceLink);
-        } else if (ActOnRelayedFrame(run, BrennikState::UploadingFile, bEnded)) {
-            SetError(error_, CommsErrors::kUploadFailed); // counts as ended, not as an error
-            bEnded = true;
+        } else if (ActOnRelayedFrame(run, BrennikState::UploadingFile, CommsErrors::kUploadFailed,
+                                     bEnded)) {
+            bEnded = true; // counts as ended, not as an error
         }
     }
 }

@@ -17,6 +17,7 @@
 
 namespace brennik {
 
+struct CommsError;
 class FileSystem;
 class TBrennikClientConfig;
 class TBrennikPacket;
@@ -165,7 +166,7 @@ class TBrennikProtocol {
     /// Brings the device to its first request of a cycle: polls it with ENQ at changing rates, or
     /// tells it what to do, then classifies and edits what came. 0, or 1 with the error set; the
     /// state is set for an upload and a forced full download in either case. strPTID keeps its
-    /// value where the packet has none to give.
+    /// value behind an enquiry and a request of another kind.
     [[nodiscard]] int32_t
     GetFirstPacketFromDevice(TBrennikClientConfig& oConfig, TSerialComms& oSerialComms,
                              TIsoProtocol& oDeviceLink, TConnectionInfo& oConnection,
@@ -265,7 +266,8 @@ class TBrennikProtocol {
     void PassFirstPacketToServer(PassThruRun& run);
     void RelayDownload(PassThruRun& run);
     void RelayUpload(PassThruRun& run);
-    [[nodiscard]] bool ActOnRelayedFrame(PassThruRun& run, BrennikState lState, bool& bEnded);
+    [[nodiscard]] bool ActOnRelayedFrame(PassThruRun& run, BrennikState lState,
+                                         const CommsError& unsuccessful, bool& bEnded);
     void ShowRelayProgress(const TBrennikPacket& oPacket, BrennikPacketType type,
                            BrennikState lState);
 
