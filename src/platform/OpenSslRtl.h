@@ -1,5 +1,5 @@
-// The cryptographic library over OpenSSL's EVP interface. It has no state; what tests put in its place
-// notes the calls and hands them on to it.
+// The cryptographic library over OpenSSL's EVP interface. It has no state; what tests put in its
+// place notes the calls and hands them on to it.
 #pragma once
 
 #include "platform/OstRtl.h"
