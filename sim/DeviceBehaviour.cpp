@@ -38,7 +38,7 @@ std::string_view DescribeOutcome(DeviceOutcome outcome) {
 }
 
 void DeviceBehaviour::Notes::Add(const std::string& strText) {
-    nBytes_ += strText.size() + sizeof strText;
+    nBytes_ += strText.size() + sizeof(std::string);
     if (nBytes_ <= kMostNoted) {
         texts_.push_back(strText);
     }

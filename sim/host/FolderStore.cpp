@@ -47,7 +47,7 @@ bool KeepOnly(int fd, std::optional<size_t> nKeep) {
 } // namespace
 
 FolderStore::~FolderStore() {
-    Close();
+    FolderStore::Close();
     CloseIfOpen(folder_);
 }
 

@@ -15,20 +15,18 @@ constexpr const char* kAck = "\x06";
 /// Server frames to the device, and each of its answers back. Nothing is changed in a frame, and
 /// nothing repairs one: a wrong check is passed on, and the far end's NAK brings the frame again.
 void TBrennikProtocol::RelayDownload(PassThruRun& run) {
+    TIsoProtocol& oServer = run.oServerLink;
+    TIsoProtocol& oDevice = run.oDeviceLink;
+    const int32_t lTimeout = run.oConfig.lCharTimeout();
     bool bEnded = false;
     while (!bEnded && !run.bError && !AbortIfCancelled(run)) {
         run.strPacket.clear();
-        if (run.oServerLink.ReadPacket(run.strPacket, "") != 0) {
-            FailRelay(run, run.oServerLink);
-        } else if (run.oDeviceLink.SendPacket(run.strPacket) != 0) {
-            FailRelay(run, run.oDeviceLink);
-        } else if (run.oDeviceLink.ReadArbitraryData(run.strChar, run.oConfig.lCharTimeout(),
-                                                     false) != 0) {
-            FailRelay(run, run.oDeviceLink);
-        } else if (run.oServerLink.SendArbitraryData(run.strChar) != 0) {
-            FailRelay(run, run.oServerLink);
-        } else if (ActOnRelayedFrame(run, BrennikState::DownloadingFile,
-                                     CommsErrors::kDownloadFailed, bEnded)) {
+        if (RelayStep(run, oServer.ReadPacket(run.strPacket, ""), oServer) &&
+            RelayStep(run, oDevice.SendPacket(run.strPacket), oDevice) &&
+            RelayStep(run, oDevice.ReadArbitraryData(run.strChar, lTimeout, false), oDevice) &&
+            RelayStep(run, oServer.SendArbitraryData(run.strChar), oServer) &&
+            ActOnRelayedFrame(run, BrennikState::DownloadingFile, CommsErrors::kDownloadFailed,
+                              bEnded)) {
             run.bError = true;
         }
     }
@@ -37,20 +35,18 @@ void TBrennikProtocol::RelayDownload(PassThruRun& run) {
 /// Device frames to the server. Each failure takes its text from the other link than the one that
 /// failed, which may hold an older one or none: it is meant so.
 void TBrennikProtocol::RelayUpload(PassThruRun& run) {
+    TIsoProtocol& oServer = run.oServerLink;
+    TIsoProtocol& oDevice = run.oDeviceLink;
+    const int32_t lTimeout = run.oConfig.lCharTimeout();
     bool bEnded = false;
     while (!bEnded && !run.bError && !AbortIfCancelled(run)) {
         run.strPacket.clear();
-        if (run.oDeviceLink.ReadPacket(run.strPacket, "") != 0) {
-            FailRelay(run, run.oServerLink);
-        } else if (run.oServerLink.SendPacket(run.strPacket) != 0) {
-            FailRelay(run, run.oDeviceLink);
-        } else if (run.oServerLink.ReadArbitraryData(run.strChar, run.oConfig.lCharTimeout(),
-                                                     false) != 0) {
-            FailRelay(run, run.oDeviceLink);
-        } else if (run.oDeviceLink.SendArbitraryData(run.strChar) != 0) {
-            FailRelay(run, run.oServerLink);
-        } else if (ActOnRelayedFrame(run, BrennikState::UploadingFile, CommsErrors::kUploadFailed,
-                                     bEnded)) {
+        if (RelayStep(run, oDevice.ReadPacket(run.strPacket, ""), oServer) &&
+            RelayStep(run, oServer.SendPacket(run.strPacket), oDevice) &&
+            RelayStep(run, oServer.ReadArbitraryData(run.strChar, lTimeout, false), oDevice) &&
+            RelayStep(run, oDevice.SendArbitraryData(run.strChar), oServer) &&
+            ActOnRelayedFrame(run, BrennikState::UploadingFile, CommsErrors::kUploadFailed,
+                              bEnded)) {
             run.bError = true;
         }
     }
@@ -165,20 +161,23 @@ void TBrennikProtocol::ServeFallbackRequest(PassThruRun& run) {
     bool bEnded = false;
     while (!bEnded && !run.bError && !bCancelComms_) {
         run.strPacket.clear();
-        if (run.oServerLink.ReadPacket(run.strPacket, "") != 0) {
-            FailRelay(run, run.oServerLink);
-        } else if (run.oDeviceLink.SendPacket(run.strPacket) != 0) {
-            FailRelay(run, run.oDeviceLink);
-        } else if (ActOnRelayedFrame(run, BrennikState::UploadingFile, CommsErrors::kUploadFailed,
-                                     bEnded)) {
+        if (RelayStep(run, run.oServerLink.ReadPacket(run.strPacket, ""), run.oServerLink) &&
+            RelayStep(run, run.oDeviceLink.SendPacket(run.strPacket), run.oDeviceLink) &&
+            ActOnRelayedFrame(run, BrennikState::UploadingFile, CommsErrors::kUploadFailed,
+                              bEnded)) {
             bEnded = true; // counts as ended, not as an error
         }
     }
 }
 
-void TBrennikProtocol::FailRelay(PassThruRun& run, const TIsoProtocol& oLink) {
-    FailPassThru(run, oLink);
+/// Tells whether a step of a relay worked. A failure takes the text of that link.
+bool TBrennikProtocol::RelayStep(PassThruRun& run, int32_t lStatus,
+                                 const TIsoProtocol& oLinkOfText) {
+    if (lStatus == 0)
+        return true;
+    FailPassThru(run, oLinkOfText);
     PumpEvents();
+    return false;
 }
 
 } // namespace brennik

@@ -280,7 +280,8 @@ class TBrennikProtocol {
     bool AbortIfCancelled(PassThruRun& run);
     template <class Source>
     void FailPassThru(PassThruRun& run, const Source& source);
-    void FailRelay(PassThruRun& run, const TIsoProtocol& oLink);
+    [[nodiscard]] bool RelayStep(PassThruRun& run, int32_t lStatus,
+                                 const TIsoProtocol& oLinkOfText);
 
     ErrorState error_;
     std::unique_ptr<FileSystem> oFileSystem_;
