@@ -118,17 +118,22 @@ bool TBrennikProtocol::AskServerForEnquiry(PassThruRun& run) {
     TIsoProtocol& oServerLink = run.oServerLink;
     if (run.oServerChannel->Connect(run.oServerConnection, run.oLog) != 0) {
         FailPassThru(run, *run.oServerChannel);
-    } else if (oServerLink.WaitForEnq() != 0) {
-        FailPassThru(run, oServerLink);
-    } else if (oServerLink.FlushBuffer() != 0) {
-        run.bError = true; // meant to take no text over
-    } else if (oServerLink.SendPacket(run.strPacket) != 0 ||
-               oServerLink.ReadPacket(run.strPacket, "") != 0) {
-        FailPassThru(run, oServerLink);
-    } else {
-        return true;
+        return false;
     }
-    return false;
+    if (oServerLink.WaitForEnq() != 0) {
+        FailPassThru(run, oServerLink);
+        return false;
+    }
+    if (oServerLink.FlushBuffer() != 0) {
+        run.bError = true; // meant to take no text over
+        return false;
+    }
+    if (oServerLink.SendPacket(run.strPacket) != 0 ||
+        oServerLink.ReadPacket(run.strPacket, "") != 0) {
+        FailPassThru(run, oServerLink);
+        return false;
+    }
+    return true;
 }
 
 /// The reply to the device, behind the ACK of its enquiry, which it hasn't had until now.
