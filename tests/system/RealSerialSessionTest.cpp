@@ -2,7 +2,6 @@
 
 #include <cstdlib>
 #include <filesystem>
-#include <regex>
 #include <string>
 #include <vector>
 
@@ -36,7 +35,6 @@ class RealSerialSession : public RealRun {
 
     /// The lines of the log without date, time and process.
     Lines LogLines() const {
-        static const std::regex front("^.*PID-TID=[0-9-]+\\] ");
         Lines lines;
         std::string strLine;
         for (const char c : Log()) {
@@ -44,7 +42,7 @@ class RealSerialSession : public RealRun {
                 strLine += c;
                 continue;
             }
-            lines.push_back(std::regex_replace(strLine, front, ""));
+            lines.push_back(strLine.substr(strLine.find("] ") + 2));
             strLine.clear();
         }
         return lines;
