@@ -30,8 +30,13 @@ class FuzzHost {
     HastyClock clock;
 
   private:
-    Host host_{clock, RealHost().sockets, RealHost().files, RealHost().profileStrings,
-               RealHost().processes};
+    Host host_{clock,
+               RealHost().sockets,
+               RealHost().comPorts,
+               RealHost().files,
+               RealHost().profileStrings,
+               RealHost().processes,
+               RealHost().ostRtl};
     ScopedHost scoped_{host_};
 };
 
