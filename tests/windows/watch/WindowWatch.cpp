@@ -30,8 +30,8 @@ QByteArray Shown(const QWidget& window) {
 
 } // namespace
 
-QObject* WindowWatch::create(const QString&, const QString& strSpecification) {
-    return new WindowWriter(strSpecification);
+QObject* WindowWatch::create(const QString&, const QString& strFile) {
+    return new WindowWriter(strFile);
 }
 
 WindowWriter::WindowWriter(QString strFile) : strFile_(std::move(strFile)) {

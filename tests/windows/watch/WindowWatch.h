@@ -12,8 +12,8 @@ class WindowWatch : public QGenericPlugin {
     Q_PLUGIN_METADATA(IID QGenericPluginFactoryInterface_iid FILE "WindowWatch.json")
 
   public:
-    /// The specification is the path of the file.
-    QObject* create(const QString& strKey, const QString& strSpecification) override;
+    /// What follows the colon of the name of the plug-in is the path of the file.
+    QObject* create(const QString& strKey, const QString& strFile) override;
 };
 
 /// One line for each visible window, then those of its parts that hold text:
