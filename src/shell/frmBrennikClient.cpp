@@ -1,12 +1,12 @@
 #include "shell/frmBrennikClient.h"
 
+#include "dialogs/frmMessageBox.h"
+#include "dialogs/frmText.h"
 #include "generated/Version.h"
 #include "platform/Clock.h"
 #include "shell/BrennikClnt.h"
 #include "shell/frmBrennikStatus.h"
-#include "shell/frmMessageBox.h"
 #include "shell/frmSelectProfile.h"
-#include "shell/frmText.h"
 #include "support/Failure.h"
 
 #include <QAction>

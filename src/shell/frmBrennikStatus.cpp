@@ -2,12 +2,12 @@
 
 #include "config/OperatingMode.h"
 #include "config/TBrennikClientConfig.h"
+#include "dialogs/frmMessageBox.h"
+#include "dialogs/frmText.h"
 #include "platform/Host.h"
 #include "session/TBrennikProtocol.h"
 #include "shell/BrennikClnt.h"
 #include "shell/frmBrennikClient.h"
-#include "shell/frmMessageBox.h"
-#include "shell/frmText.h"
 #include "support/Failure.h"
 
 #include <QCloseEvent>

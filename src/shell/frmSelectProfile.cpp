@@ -1,9 +1,9 @@
 #include "shell/frmSelectProfile.h"
 
 #include "config/TBrennikClientConfig.h"
+#include "dialogs/frmText.h"
 #include "platform/Host.h"
 #include "shell/BrennikClnt.h"
-#include "shell/frmText.h"
 #include "support/Failure.h"
 
 #include <QByteArray>

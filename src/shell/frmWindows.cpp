@@ -1,6 +1,7 @@
 #include "shell/frmWindows.h"
 
 #include "config/TBrennikClientConfig.h"
+#include "dialogs/frmMessageBox.h"
 #include "platform/Host.h"
 #include "platform/StandardStreams.h"
 #include "session/TBrennikProtocol.h"
@@ -9,7 +10,6 @@
 #include "shell/WindowsEntry.h"
 #include "shell/WindowsModule.h"
 #include "shell/frmEventPump.h"
-#include "shell/frmMessageBox.h"
 
 #include <QApplication>
 #include <string>

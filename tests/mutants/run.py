@@ -320,7 +320,7 @@ def main():
             return check_lists(mutants)
         folder.mkdir(parents=True, exist_ok=True)
         workshop = Workshop(folder, options.jobs)
-        workshop.configure(any(m.program == "tests_windows" for m in mutants))
+        workshop.configure(any(m.program in ("tests_windows", "tests_dialogs") for m in mutants))
         if workshop.sandbox is None:
             print("no sandbox here: src/platform stays unchanged "
                   "(needs bwrap, or setpriv as root)")

@@ -1,4 +1,4 @@
-#include "shell/frmText.h"
+#include "dialogs/frmText.h"
 
 #include <gtest/gtest.h>
 

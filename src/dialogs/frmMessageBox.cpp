@@ -1,6 +1,6 @@
-#include "shell/frmMessageBox.h"
+#include "dialogs/frmMessageBox.h"
 
-#include "shell/frmText.h"
+#include "dialogs/frmText.h"
 
 namespace brennik {
 
