@@ -14,6 +14,9 @@ namespace brennik {
 
 class LinuxClock : public Clock {
   public:
+    /// Has the waits of the calling thread, and of those it starts, end on time.
+    LinuxClock();
+
     float SecondsSinceMidnight() override;
     DateTime LocalNow() override;
     int32_t LocalOffsetSeconds() override;

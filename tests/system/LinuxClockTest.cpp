@@ -7,6 +7,7 @@
 #include <clocale>
 #include <cstdlib>
 #include <ctime>
+#include <sys/prctl.h>
 #include <unistd.h>
 
 namespace brennik {
@@ -51,6 +52,15 @@ TEST(LinuxClock, KnowsOffsetsBehindUniversalTimeAndTimesBeforeTheEpoch) {
                                 std::to_string(clock.OffsetAt(-100000));
                      }),
               "-12600 -12600 -12600 -12600");
+}
+
+TEST(LinuxClock, HasWaitsEndOnTime) {
+    EXPECT_EQ(ReportOfChild([] {
+                  prctl(PR_SET_TIMERSLACK, 50000);
+                  const LinuxClock clock;
+                  return std::to_string(prctl(PR_GET_TIMERSLACK));
+              }),
+              "1");
 }
 
 TEST(LinuxClock, ShowsLocalTime) {
