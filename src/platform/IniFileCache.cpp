@@ -22,7 +22,7 @@ int64_t NanosecondsOf(const timespec& time) {
 
 } // namespace
 
-const IniIndex* IniFileCache::Read(const std::string& strPath) {
+IniIndex* IniFileCache::Read(const std::string& strPath) {
     if (index_ && bSettled_ && IdentityOf(strPath, -1) == identity_) {
         return index_.get();
     }
