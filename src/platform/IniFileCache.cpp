@@ -1,6 +1,7 @@
 #include "platform/IniFileCache.h"
 
 #include "platform/Descriptor.h"
+#include "platform/Waits.h"
 
 #include <algorithm>
 #include <ctime>
@@ -11,7 +12,6 @@ namespace brennik {
 
 namespace {
 
-constexpr int64_t kNanosecondsOfSecond = 1000000000;
 /// Files carry the time of the system's last tick. Two changes within one tick look alike, so a
 /// file that is younger than a few of them is read again at every use.
 constexpr int64_t kSettlingTime = 50000000;
