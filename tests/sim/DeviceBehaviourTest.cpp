@@ -2,6 +2,7 @@
 #include "sim/DeviceBehaviour.h"
 
 #include "tests/sim/DevicePlay.h"
+#include "tests/sim/GoldenFrames.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -15,6 +16,10 @@ namespace {
 
 using namespace std::string_literals;
 using namespace std::string_view_literals;
+using golden::kFailure;
+using golden::kQuery;
+using golden::kReady;
+using golden::kSuccess;
 using sim::BuildFrame;
 using sim::DeviceOutcome;
 using testing::Contains;
@@ -27,12 +32,6 @@ constexpr std::string_view kRequest =
     "VFI,VX520,XDL,F,APP1,T0000001,EPROM1,1024,2048,PT000001,RELEASE,CONFIG";
 constexpr std::string_view kRequestFrame =
     "\x02VFI,VX520,XDL,F,APP1,T0000001,EPROM1,1024,2048,PT000001,RELEASE,CONFIG\x03\x94\x25";
-constexpr std::string_view kSuccess = "\x02S\x03\x6A\x0F";
-constexpr std::string_view kFailure = "\x02U\x03\x7E\x0F";
-constexpr std::string_view kQuery = "\x02"
-                                    "5.8,0,LS,Q,0,0,,,\x03\x5E";
-constexpr std::string_view kReady = "\x06\x02"
-                                    "5.8,1,LS,R,0,0,,,R\x03\x0E";
 
 /// A request of one field, in its frame.
 std::string Asked(const std::string& strText) {

@@ -1,5 +1,6 @@
 // Enquiries of a device, and what it uploads.
 #include "tests/sim/DevicePlay.h"
+#include "tests/sim/GoldenFrames.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -12,6 +13,9 @@ namespace brennik {
 namespace {
 
 using namespace std::string_view_literals;
+using golden::kFailure;
+using golden::kShort;
+using golden::kSuccess;
 using sim::BuildFrame;
 using sim::DeviceOutcome;
 using sim::ServedTree;
@@ -22,8 +26,6 @@ constexpr sim::Microseconds kSecond = 1'000'000;
 constexpr std::string_view kEnquiry = "TMS,1,Q,0,0,0,0,0,T0000001,0,APP1";
 constexpr std::string_view kPartial =
     "VFI,VX520,XDL,P,APP1,T0000001,EPROM1,1024,2048,PT000001,RELEASE,CONFIG";
-constexpr std::string_view kSuccess = "\x02S\x03\x6A\x0F";
-constexpr std::string_view kFailure = "\x02U\x03\x7E\x0F";
 
 // Enquiries.
 
@@ -38,7 +40,7 @@ TEST(DeviceEnquiry, TakesItsAnswerAndCallsAgainWithoutAReboot) {
     EXPECT_THAT(play.Device().Packets(), ElementsAre("TMS,1,A,ok"));
     EXPECT_FALSE(play.Device().bInSession());
     EXPECT_FALSE(play.Device().bRebooting());
-    EXPECT_EQ(play.Enq(), "\x02VFI\x03\x8B\x6C");
+    EXPECT_EQ(play.Enq(), kShort);
 }
 
 TEST(DeviceEnquiry, FallsBackOnAPartialRequestWhenItIsRefused) {
@@ -63,8 +65,8 @@ TEST(DeviceEnquiry, FallsBackAsTheScriptSays) {
     DevicePlay play("enquiry \"TMS,X\"\nfallback \"VFI\"\n");
     EXPECT_EQ(play.Enq(), BuildFrame("TMS,X"));
     play.Ack();
-    EXPECT_EQ(play.Frame(",,E"), "\x06\x02VFI\x03\x8B\x6C");
-    EXPECT_EQ(play.Nak(), "\x02VFI\x03\x8B\x6C");
+    EXPECT_EQ(play.Frame(",,E"), "\x06" + std::string(kShort));
+    EXPECT_EQ(play.Nak(), kShort);
     EXPECT_EQ(play.Frame("M2"), "\x06") << "a frame answers it too";
     EXPECT_EQ(play.Say(kFailure), "\x06");
     EXPECT_EQ(play.Report().outcome, DeviceOutcome::Unsuccessful);

@@ -1,6 +1,7 @@
 // What a device makes of management messages.
 #include "sim/DeviceMessages.h"
 #include "tests/sim/DevicePlay.h"
+#include "tests/sim/GoldenFrames.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -12,6 +13,11 @@ namespace brennik {
 namespace {
 
 using namespace std::string_view_literals;
+using golden::kQuery;
+using golden::kReady;
+using golden::kShort;
+using golden::kSuccess;
+using golden::kUpload;
 using sim::BuildManagementFrame;
 using sim::DeviceOutcome;
 using testing::ElementsAre;
@@ -20,20 +26,12 @@ constexpr sim::Microseconds kSecond = 1'000'000;
 
 constexpr std::string_view kDownload = "\x02"
                                        "5.8,2,U,Q,0,0,,,T,\x03\x6E";
-constexpr std::string_view kUpload = "\x02"
-                                     "3.9,3,U,Q,0,0,,,U,3\x03\x5A";
-constexpr std::string_view kQuery = "\x02"
-                                    "5.8,0,LS,Q,0,0,,,\x03\x5E";
 constexpr std::string_view kAgreed = "\x06\x02"
                                      "5.8,1,T,R,0,0,,,A\x03\x56";
 constexpr std::string_view kRefused = "\x06\x02"
                                       "5.8,1,T,R,0,0,,,D\x03\x53";
-constexpr std::string_view kReady = "\x06\x02"
-                                    "5.8,1,LS,R,0,0,,,R\x03\x0E";
 constexpr std::string_view kError = "\x06\x02"
                                     "5.8,0,E,R,0,0,,,\x03\x07";
-constexpr std::string_view kRequest = "\x02VFI\x03\x8B\x6C";
-constexpr std::string_view kSuccess = "\x02S\x03\x6A\x0F";
 
 /// A device that asks for no more than "VFI".
 std::string Script(const std::string& strRest = "") {
@@ -79,7 +77,7 @@ TEST(DeviceManagement, AgreesAndSendsItsRequestWithoutBeingPolled) {
     DevicePlay play(Script());
     EXPECT_EQ(play.Say(kDownload), kAgreed);
     EXPECT_FALSE(play.Device().bInSession());
-    EXPECT_EQ(play.Ack(), kRequest);
+    EXPECT_EQ(play.Ack(), kShort);
     EXPECT_TRUE(play.Device().bInSession());
     play.Ack();
     EXPECT_EQ(play.Say(kSuccess), "\x06");
@@ -94,7 +92,7 @@ TEST(DeviceManagement, RepliesInTheVersionThatItIsAskedIn) {
     DevicePlay upload(Script());
     EXPECT_EQ(upload.Say(kUpload), "\x06\x02"
                                    "3.9,1,U,R,0,0,,,A\x03\x50");
-    EXPECT_EQ(upload.Ack(), kRequest);
+    EXPECT_EQ(upload.Ack(), kShort);
 }
 
 TEST(DeviceManagement, RefusesOrFallsShortOrIsSilentByScript) {
@@ -113,14 +111,14 @@ TEST(DeviceManagement, RefusesOrFallsShortOrIsSilentByScript) {
         EXPECT_EQ(play.Say(kDownload), row.strReply);
         EXPECT_EQ(play.Ack(), "") << row.strAnswer;
         EXPECT_FALSE(play.Device().bInSession());
-        EXPECT_EQ(play.Enq(), kRequest) << "polling goes on";
+        EXPECT_EQ(play.Enq(), kShort) << "polling goes on";
     }
 }
 
 TEST(DeviceManagement, AgreesByBytesOfTheScript) {
     DevicePlay play(Script("command bytes \"7.7,0,U,,,,,,A\"\n"));
     EXPECT_EQ(play.Say(kDownload), Replied("7.7,0,U,,,,,,A"));
-    EXPECT_EQ(play.Ack(), kRequest);
+    EXPECT_EQ(play.Ack(), kShort);
 }
 
 TEST(DeviceManagement, MayAgreeAndWaitToBePolledAllTheSame) {
@@ -128,7 +126,7 @@ TEST(DeviceManagement, MayAgreeAndWaitToBePolledAllTheSame) {
     EXPECT_EQ(play.Say(kDownload), kAgreed);
     EXPECT_EQ(play.Ack(), "");
     EXPECT_EQ(play.Enq(), "\x16");
-    EXPECT_EQ(play.Enq(), kRequest);
+    EXPECT_EQ(play.Enq(), kShort);
 }
 
 TEST(DeviceManagement, ChangesItsAnswerFromOneCommandToTheNext) {
@@ -148,7 +146,7 @@ TEST(DeviceManagement, SendsItsReplyAgainAfterEachNak) {
     EXPECT_EQ(play.Nak(), kAgreed.substr(1));
     EXPECT_EQ(play.Nak(), "") << "once is enough";
     EXPECT_EQ(play.Ack(), "");
-    EXPECT_EQ(play.Enq(), kRequest);
+    EXPECT_EQ(play.Enq(), kShort);
 }
 
 TEST(DeviceManagement, SendsNoRequestWhenItsReplyIsNotAcknowledged) {
@@ -162,7 +160,7 @@ TEST(DeviceManagement, SendsNoRequestWhenItsReplyIsNotAcknowledged) {
 TEST(DeviceManagement, TakesAPollForAnAckThatWasLost) {
     DevicePlay play(Script());
     play.Say(kUpload);
-    EXPECT_EQ(play.Enq(), kRequest);
+    EXPECT_EQ(play.Enq(), kShort);
     play.Ack();
     EXPECT_EQ(play.Say(kSuccess), "\x06") << "whoever polls wants no upload";
 }
@@ -180,10 +178,10 @@ TEST(DeviceManagement, StartsOverWhenItIsAskedAnew) {
     DevicePlay play(Script());
     play.Say(kDownload);
     EXPECT_EQ(play.Say(kDownload), kAgreed) << "in the place of the ACK";
-    EXPECT_EQ(play.Ack(), kRequest);
+    EXPECT_EQ(play.Ack(), kShort);
     EXPECT_EQ(play.Say(kDownload), kAgreed) << "in the place of an answer to the request";
     EXPECT_FALSE(play.Device().bInSession());
-    EXPECT_EQ(play.Ack(), kRequest);
+    EXPECT_EQ(play.Ack(), kShort);
     EXPECT_EQ(play.Report().lRequests, 2);
 }
 
@@ -200,7 +198,7 @@ TEST(DeviceManagement, AcknowledgesWhatItDoesNotKnow) {
     EXPECT_EQ(play.Message("5.8,0,XX,Q,0,0,,,"), "\x06");
     EXPECT_EQ(play.Message("5.8,"), "\x06");
     EXPECT_THAT(play.Device().Messages(), ElementsAre("5.8,0,XX,Q,0,0,,,", "5.8,"));
-    EXPECT_EQ(play.Enq(), kRequest);
+    EXPECT_EQ(play.Enq(), kShort);
 }
 
 TEST(DeviceManagement, RefusesCommandsAfterItsLastCall) {
@@ -219,7 +217,7 @@ TEST(DeviceManagement, IsReadyUnlessTheScriptSaysOtherwise) {
     EXPECT_EQ(play.Ack(), "");
     EXPECT_EQ(play.Message("3.9,0,LS,Q,0,0,,,"), Replied("3.9,1,LS,R,0,0,,,R"));
     EXPECT_EQ(play.Ack(), "");
-    EXPECT_EQ(play.Enq(), kRequest);
+    EXPECT_EQ(play.Enq(), kShort);
 }
 
 TEST(DeviceManagement, AnswersQueriesAsTheScriptSays) {

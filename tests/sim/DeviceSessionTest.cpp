@@ -2,6 +2,7 @@
 #include "sim/DeviceSession.h"
 
 #include "tests/sim/DevicePlay.h"
+#include "tests/sim/GoldenFrames.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -15,6 +16,7 @@ namespace {
 
 using namespace std::string_literals;
 using namespace std::string_view_literals;
+using golden::kSuccess;
 using sim::BuildFrame;
 using sim::DeviceOutcome;
 using testing::ElementsAre;
@@ -22,8 +24,6 @@ using testing::IsEmpty;
 using testing::Pair;
 
 constexpr sim::Microseconds kMillisecond = 1000;
-
-constexpr std::string_view kSuccess = "\x02S\x03\x6A\x0F";
 
 /// A session that has begun.
 class DeviceSessionTest : public testing::Test {

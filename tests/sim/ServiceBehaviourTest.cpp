@@ -1,5 +1,6 @@
 #include "sim/ServiceBehaviour.h"
 
+#include "tests/sim/GoldenFrames.h"
 #include "tests/sim/ServicePlay.h"
 
 #include <gmock/gmock.h>
@@ -15,6 +16,9 @@ namespace {
 
 using namespace std::string_literals;
 using namespace std::string_view_literals;
+using golden::kFailure;
+using golden::kShort;
+using golden::kSuccess;
 using sim::BuildFrame;
 using sim::ServedTree;
 using sim::ServiceOutcome;
@@ -23,7 +27,6 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 
 constexpr sim::Microseconds kSecond = 1'000'000;
-constexpr std::string_view kEndFrame = "\x02S\x03\x6A\x0F"sv;
 
 std::shared_ptr<ServedTree> Empty() {
     return std::make_shared<ServedTree>();
@@ -49,7 +52,7 @@ TEST(ServiceBehaviour, AcknowledgesAGoodRequestThenSendsItsFirstFrame) {
     play.Connect();
     play.Sent();
     play.Say("\x02VFI,P,XDL,F,A,T,E,16,0,P,R,C\x03\xCB\xE8");
-    EXPECT_THAT(play.Sends(), ElementsAre("\x06", kEndFrame));
+    EXPECT_THAT(play.Sends(), ElementsAre("\x06", kSuccess));
     EXPECT_EQ(play.Behaviour().strRequest(), "VFI,P,XDL,F,A,T,E,16,0,P,R,C");
     EXPECT_THAT(play.Behaviour().RequestFields(),
                 ElementsAre("VFI", "P", "XDL", "F", "A", "T", "E", "16", "0", "P", "R", "C"));
@@ -73,7 +76,7 @@ TEST(ServiceBehaviour, RefusesARequestWithAWrongCheckUntilItIsRight) {
     play.Say("\x02VFI\x03\x8B\x6D");
     EXPECT_EQ(play.Sent(), "\x15");
     EXPECT_EQ(play.Behaviour().strRequest(), "");
-    play.Say("\x02VFI\x03\x8B\x6C");
+    play.Say(kShort);
     EXPECT_EQ(play.Sent().substr(0, 1), "\x06");
     EXPECT_EQ(play.Behaviour().strRequest(), "VFI");
     EXPECT_EQ(play.Behaviour().Counts().lRequestsRefused, 1);
@@ -90,7 +93,7 @@ TEST(ServiceBehaviour, SendsOneFrameForEachAckAndEndsInSuccess) {
     play.Ack();
     EXPECT_EQ(play.Sent(), BuildFrame("Magain"));
     play.Ack();
-    EXPECT_EQ(play.Sent(), kEndFrame);
+    EXPECT_EQ(play.Sent(), kSuccess);
     EXPECT_EQ(play.Behaviour().Outcome(), ServiceOutcome::Running);
     play.Ack();
     EXPECT_EQ(play.Sent(), "");
@@ -183,9 +186,9 @@ TEST(ServiceBehaviour, ClosesAfterTooManyNaksOfOneFrame) {
 TEST(ServiceBehaviour, ResendsTheClosingPacketToo) {
     ServicePlay play(Empty());
     play.Begin();
-    EXPECT_EQ(play.Sent(), kEndFrame);
+    EXPECT_EQ(play.Sent(), kSuccess);
     play.Nak();
-    EXPECT_EQ(play.Sent(), kEndFrame);
+    EXPECT_EQ(play.Sent(), kSuccess);
     play.Ack();
     EXPECT_EQ(play.Behaviour().Outcome(), ServiceOutcome::Successful);
 }
@@ -292,7 +295,7 @@ TEST(ServiceBehaviour, EndsWithFailureWhenAFileCannotBeRead) {
     tree->AddFile("", "", file);
     ServicePlay play(tree);
     play.Begin();
-    EXPECT_EQ(play.Sent(), "\x02U\x03\x7E\x0F"sv);
+    EXPECT_EQ(play.Sent(), kFailure);
     play.Ack();
     EXPECT_EQ(play.Behaviour().Outcome(), ServiceOutcome::Unsuccessful);
     EXPECT_THAT(play.Events(), Contains("a file can't be read as it was listed"));
@@ -345,7 +348,7 @@ TEST(ServiceBehaviourScript, LeavesEnqOut) {
 TEST(ServiceBehaviourScript, EndsWithUnsuccessful) {
     ServicePlay play(Empty(), "end-with U");
     play.Begin();
-    EXPECT_EQ(play.Sent(), "\x02U\x03\x7E\x0F"sv);
+    EXPECT_EQ(play.Sent(), kFailure);
     play.Ack();
     EXPECT_EQ(play.Behaviour().Outcome(), ServiceOutcome::Unsuccessful);
 }
@@ -607,7 +610,7 @@ TEST(ServiceBehaviourScript, WrongChecksOfAPlaceSpareItsScriptedPackets) {
     play.Begin();
     EXPECT_EQ(play.Sent(), BuildFrame("Mx"));
     play.Ack();
-    EXPECT_NE(play.Sent(), kEndFrame);
+    EXPECT_NE(play.Sent(), kSuccess);
 }
 
 TEST(ServiceBehaviour, DescribesEveryOutcome) {

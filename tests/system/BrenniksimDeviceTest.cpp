@@ -1,5 +1,6 @@
 // The program brenniksim as a device, as a child process, met over the other side of its
 // pseudo-terminal with bytes made by hand.
+#include "tests/sim/GoldenFrames.h"
 #include "tests/system/PlainLine.h"
 #include "tests/system/ProgramRun.h"
 #include "tests/system/Sandbox.h"
@@ -21,9 +22,14 @@ namespace {
 namespace fs = std::filesystem;
 
 using namespace std::string_view_literals;
+using golden::kFailure;
+using golden::kQuery;
+using golden::kReady;
+using golden::kShort;
+using golden::kSuccess;
+using golden::kUpload;
 using system_tests::Ended;
 using system_tests::Eventually;
-using system_tests::kSuccess;
 using system_tests::MonotonicNanoseconds;
 using system_tests::PlainLine;
 using system_tests::ReadFile;
@@ -39,19 +45,12 @@ using testing::StartsWith;
 // Frames, worked out by hand.
 constexpr std::string_view kRequest =
     "\x02VFI,VX520,XDL,F,APP1,T0000001,EPROM1,1024,2048,PT000001,RELEASE,CONFIG\x03\x94\x25";
-constexpr std::string_view kShort = "\x02VFI\x03\x8B\x6C";
 constexpr std::string_view kOpen = "\x02OD000000050000000020150522110000XXXXXXXXa.bin\x03\x51\x40";
 constexpr std::string_view kWrite = "\x02W\x00\x05\x00\x00\x00\x00hello\x01\xE3"sv;
 constexpr std::string_view kClose = "\x02"
                                     "C\x03\x8A\x0C";
-constexpr std::string_view kUploadCommand = "\x02"
-                                            "3.9,3,U,Q,0,0,,,U,3\x03\x5A";
 constexpr std::string_view kUploadAgreed = "\x06\x02"
                                            "3.9,1,U,R,0,0,,,A\x03\x50";
-constexpr std::string_view kQuery = "\x02"
-                                    "5.8,0,LS,Q,0,0,,,\x03\x5E";
-constexpr std::string_view kReady = "\x06\x02"
-                                    "5.8,1,LS,R,0,0,,,R\x03\x0E";
 
 /// A folder with the path of a line in it, and devices on that line.
 class BrenniksimDevice : public testing::Test {
@@ -234,7 +233,7 @@ TEST_F(BrenniksimDevice, UploadsAFolderWhenItIsTold) {
     SimDevice device(Scripted("", {"--once", "--files", folder_ / "files"}));
     PlainLine line(strPath_);
     line.SetRaw();
-    Exchange(line, kUploadCommand, kUploadAgreed);
+    Exchange(line, kUpload, kUploadAgreed);
     Exchange(line, "\x06", kShort);
     line.Send("\x06");
     EXPECT_THAT(line.Receive(47), StartsWith("\x02OD0000000500000000"));
@@ -357,7 +356,7 @@ TEST_F(BrenniksimDevice, EndsWithStatusOneWhenACallFailed) {
     PlainLine line(strPath_);
     line.SetRaw();
     Exchange(line, "\x05", kShort);
-    Exchange(line, "\x02U\x03\x7E\x0F", "\x06");
+    Exchange(line, kFailure, "\x06");
     Exchange(line, "\x05", kShort);
     Exchange(line, kSuccess, "\x06");
     Exchange(line, "\x05", "\x16"); // it stays as long as the line is open

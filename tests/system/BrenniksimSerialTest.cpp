@@ -1,5 +1,6 @@
 // The program brenniksim on a serial line, as a child process, met over the other side of its
 // pseudo-terminal with bytes made by hand.
+#include "tests/sim/GoldenFrames.h"
 #include "tests/system/PlainLine.h"
 #include "tests/system/ProgramRun.h"
 #include "tests/system/Sandbox.h"
@@ -24,11 +25,11 @@ namespace {
 namespace fs = std::filesystem;
 
 using namespace std::string_view_literals;
+using golden::kSuccess;
 using system_tests::Begin;
 using system_tests::Ended;
 using system_tests::Eventually;
 using system_tests::kRequest;
-using system_tests::kSuccess;
 using system_tests::kVariable;
 using system_tests::MonotonicNanoseconds;
 using system_tests::PlainLine;

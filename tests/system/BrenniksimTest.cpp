@@ -1,5 +1,6 @@
 // The program brenniksim itself, as a child process, met over a plain socket with bytes made by
 // hand.
+#include "tests/sim/GoldenFrames.h"
 #include "tests/system/PlainSocket.h"
 #include "tests/system/ProgramRun.h"
 #include "tests/system/Sandbox.h"
@@ -22,10 +23,11 @@ namespace {
 
 using namespace std::string_literals;
 using namespace std::string_view_literals;
+using golden::kFailure;
+using golden::kSuccess;
 using system_tests::Begin;
 using system_tests::Ended;
 using system_tests::kRequest;
-using system_tests::kSuccess;
 using system_tests::kVariable;
 using system_tests::PlainSocket;
 using system_tests::ProgramRun;
@@ -166,7 +168,7 @@ TEST(Brenniksim, EndsOnceWithStatusOneAfterUnsuccessful) {
     SimService service({"--once", "--script", folder / "script"});
     PlainSocket socket(service.iPort());
     Begin(socket);
-    EXPECT_EQ(socket.Receive(5), "\x02U\x03\x7E\x0F"sv);
+    EXPECT_EQ(socket.Receive(5), kFailure);
     socket.Send("\x06");
     socket.Close();
     EXPECT_EQ(service.Program().Wait(), 1);

@@ -14,10 +14,8 @@
 
 namespace brennik::system_tests {
 
-/// Frames, worked out by hand: the request of the client below, the closing packet "S", and the
-/// variable "A=B".
+/// Frames, worked out by hand: the request of the client below, and the variable "A=B".
 inline constexpr std::string_view kRequest = "\x02VFI,P,XDL,F,A,T,E,16,0,P,R,C\x03\xCB\xE8";
-inline constexpr std::string_view kSuccess = "\x02S\x03\x6A\x0F";
 inline constexpr std::string_view kVariable = "\x02LA\x1C"
                                               "B\x03\x05\x81";
 
