@@ -1,6 +1,6 @@
 #include "config/TBrennikClientConfig.h"
 
-#include "tests/config/AllocationLimit.h"
+#include "tests/world/AllocationLimit.h"
 #include "tests/world/SimHost.h"
 
 #include <gmock/gmock.h>
@@ -12,9 +12,9 @@
 namespace brennik {
 namespace {
 
-using configtest::AllocationLimit;
 using testing::ElementsAre;
 using testing::IsEmpty;
+using world::AllocationLimit;
 
 constexpr const char* kFolder = "C:\\pos";
 constexpr const char* kFile = "/pos/BrennikClient.ini";
