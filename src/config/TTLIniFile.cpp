@@ -17,10 +17,7 @@ constexpr int32_t kMostIntCount = std::numeric_limits<int16_t>::max();
 
 // An empty folder becomes the root: it does not end in a backslash either.
 std::string TTLIniFile::EnsureTrailingBackslash(std::string strFolder) {
-    if (!strFolder.ends_with('\\')) {
-        strFolder += '\\';
-    }
-    return strFolder;
+    return WithTrailingBackslash(std::move(strFolder));
 }
 
 std::string TTLIniFile::IniFilePath() {
