@@ -1,4 +1,4 @@
-# Sourced by demo, check and bench/run: installs Debian packages that are missing.
+# Sourced by demo, check, bench/run and docs/take-screenshots: installs Debian packages that are missing.
 
 # need_packages NAME... : installs those of the named packages that the machine lacks.
 need_packages() {
