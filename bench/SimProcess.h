@@ -1,4 +1,5 @@
 // The program brenniksim as one end of a measurement: started, listening, and gone at the end.
+// It is a child process with a far end in it; nothing stands in its place.
 #pragma once
 
 #include "bench/Options.h"

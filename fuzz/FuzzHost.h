@@ -1,4 +1,5 @@
-// A host for fuzz targets: time that moves on with every look at it, and nothing else that answers.
+// The host of fuzz targets: the real one, but for a clock that moves on with every look at it, so
+// that no wait takes time. No target opens a file, a socket or a port.
 #pragma once
 
 #include "platform/Host.h"

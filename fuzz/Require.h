@@ -1,4 +1,5 @@
 // What a fuzz target holds to be true: stops the program where it isn't.
+// Each target includes it; tests have the expectations of their own library.
 #pragma once
 
 #include <stdexcept>

@@ -1,11 +1,6 @@
 // One serial port: open and close, set its line from the connection parameters, read and write.
 // It stands on the serial ports of the current host; tests put the lines in memory there. All
 // access to ports passes through here. A status is 0 for success and 1 for failure.
-//
-// lErrorCode is the operating system's number of the last failing call. A failure that no such
-// call has caused sets its text alone and leaves the number of an earlier one: it is meant so.
-// The prefixes of unexpected failures carry the name of the channel class, as readers of the log
-// know them.
 #pragma once
 
 #include "platform/ComPorts.h"
@@ -19,6 +14,10 @@ namespace brennik {
 
 class TConnectionInfo;
 
+/// lErrorCode is the operating system's number of the last failing call. A failure that no such
+/// call has caused sets its text alone and leaves the number of an earlier one: it is meant so. The
+/// prefixes of unexpected failures carry the name of the channel class, as readers of the log know
+/// them.
 class TSerial {
   public:
     TSerial() = default;

@@ -1,10 +1,6 @@
 // One TCP connection's calls: open, close, send, and reading what is waiting.
 // It stands on the sockets of the current host; tests put the network in memory there. It holds
 // no socket: the caller keeps the handle. A status is 0 for success and 1 for failure.
-//
-// A read that finds nothing looks at the last socket error, which nothing clears: 10050 to 10054
-// is a lost connection, anything else is silence. Both then pause for 10 ms, cut short by arriving
-// bytes, so that a caller that reads again never spins. An orderly close looks like silence.
 #pragma once
 
 #include "link/CommsErrors.h"
@@ -19,6 +15,9 @@ namespace brennik {
 /// In place of a handle: no open socket.
 inline constexpr int32_t kNoSocket = -1;
 
+/// A read that finds nothing looks at the last socket error, which nothing clears: 10050 to 10054
+/// is a lost connection, anything else is silence. Both then pause for 10 ms, cut short by arriving
+/// bytes, so that a caller that reads again never spins. An orderly close looks like silence.
 class TSocket {
   public:
     /// Opens a connection to a dotted address; strHostName plays no part. dTimeout is in seconds,

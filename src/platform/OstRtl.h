@@ -1,11 +1,6 @@
 // The cryptographic library as the encryption facade calls it: digests, AES and RSA over texts.
 // For real it stands on OpenSSL (OpenSslRtl); tests put one in its place that notes the calls and
 // fails on demand.
-//
-// Every text argument ends at its first zero byte, where it has one. A result is text with a zero
-// byte behind it in the caller's buffer. Keys, initialisation vectors, encrypted data and digests
-// are hexadecimal text, lower case where the library makes it, either case where it reads it; RSA
-// keys are PEM. 0 is success, anything else one of the numbers below.
 #pragma once
 
 #include <cstdint>
@@ -20,6 +15,10 @@ inline constexpr int32_t kBufferTooSmall = 2; ///< the result and its zero byte 
 inline constexpr int32_t kFailed = 3;         ///< the computation itself
 } // namespace ostrtlerror
 
+/// Every text argument ends at its first zero byte, where it has one. A result is text with a zero
+/// byte behind it in the caller's buffer. Keys, initialisation vectors, encrypted data and digests
+/// are hexadecimal text, lower case where the library makes it, either case where it reads it; RSA
+/// keys are PEM. 0 is success, anything else one of the numbers above.
 class OstRtl {
   public:
     virtual ~OstRtl() = default;

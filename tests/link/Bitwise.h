@@ -1,4 +1,5 @@
 // Block checks as their definition reads, bit by bit, for tests to hold the fast ones against.
+// Plain functions, slow, and short enough to be seen to be right.
 #pragma once
 
 #include <cstdint>

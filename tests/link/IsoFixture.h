@@ -1,4 +1,5 @@
 // A link over a scripted channel in a simulated host, and a way to its private operations.
+// Nothing of it is real but the link itself.
 #pragma once
 
 #include "link/TIsoProtocol.h"

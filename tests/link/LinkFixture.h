@@ -1,4 +1,5 @@
 // A simulated host with a session log that writes into it, for the tests of links and channels.
+// The time is early in the day, when the clock in single precision is still precise.
 #pragma once
 
 #include "support/TFLClientLog.h"

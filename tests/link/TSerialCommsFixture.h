@@ -1,4 +1,5 @@
 // A serial channel over the lines in memory, and a scripted peer at the other end of COM1.
+// Its verbs connect; what it gathers are the calls of the ports and the lines of the log.
 #pragma once
 
 #include "link/TConnectionInfo.h"

@@ -1,4 +1,5 @@
 // A port wrapper over the serial lines in memory, and a scripted peer at the other end of COM1.
+// The line is in memory and its time virtual; the ports write down each call.
 #pragma once
 
 #include "link/TConnectionInfo.h"

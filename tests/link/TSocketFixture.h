@@ -1,4 +1,5 @@
 // A socket wrapper over the network in memory, and a scripted peer to connect it to.
+// Its verbs connect and let the peer speak; what it gathers are the calls of the sockets.
 #pragma once
 
 #include "link/TSocket.h"

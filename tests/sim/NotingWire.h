@@ -1,4 +1,5 @@
 // A wire that only writes down what a far end does to it.
+// No bytes go anywhere: the test that holds it plays the other end.
 #pragma once
 
 #include "sim/FarEnd.h"

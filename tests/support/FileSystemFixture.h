@@ -1,4 +1,5 @@
 // The fixture of the tests of FileSystem: one object over the files in memory.
+// Any call of these files can be made to fail.
 #pragma once
 
 #include "support/FileSystem.h"

@@ -1,4 +1,5 @@
 // Real ports over a pseudo-terminal that the host file calls COM1, for the tests of LinuxComPorts.
+// The test holds the other end; nothing here is simulated.
 #pragma once
 
 #include "platform/LinuxComPorts.h"

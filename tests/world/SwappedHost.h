@@ -1,4 +1,5 @@
 // The simulated host with one of its parts replaced by a double of a test's own.
+// For doubles that the simulated parts have no switch for.
 #pragma once
 
 #include "platform/Host.h"
