@@ -1,6 +1,7 @@
 #include "sim/DeviceBehaviour.h"
 
 #include "sim/Codec.h"
+#include "sim/Counted.h"
 #include "sim/DeviceMessages.h"
 
 #include <algorithm>
@@ -10,10 +11,6 @@ namespace brennik::sim {
 namespace {
 
 constexpr size_t kMostNoted = size_t{1} << 20;
-
-std::string InBytes(size_t nBytes) {
-    return std::to_string(nBytes) + (nBytes == 1 ? " byte" : " bytes");
-}
 
 } // namespace
 
@@ -81,7 +78,7 @@ void DeviceBehaviour::Received(Wire& wire, Microseconds now, std::string_view st
         Proceed(wire, now);
     }
     if (!strBytes.empty()) {
-        Tell([&] { return "deaf to " + InBytes(strBytes.size()); });
+        Tell([&] { return "deaf to " + Counted(strBytes.size(), "byte"); });
     }
     restDeadline_.reset();
     if (reader_.bInFrame()) {
@@ -235,7 +232,7 @@ void DeviceBehaviour::HeardFrame(Microseconds now, bool bGood) {
 }
 
 void DeviceBehaviour::HeardOther() {
-    Tell([&] { return "ignored " + InBytes(reader_.nOther()); });
+    Tell([&] { return "ignored " + Counted(reader_.nOther(), "byte"); });
     if (state_ == State::Polled && !options_.script.strToNoise().empty()) {
         Say(options_.script.strToNoise());
     }
@@ -256,7 +253,9 @@ void DeviceBehaviour::Polled(Microseconds now) {
         Tell([] { return "ENQ: sent SYN"; });
         Say(std::string(1, kSyn));
     } else if (answer->kind == DeviceAnswer::Kind::Bytes) {
-        Tell([&] { return "ENQ: sent " + InBytes(answer->strBytes.size()) + " of the script"; });
+        Tell([&] {
+            return "ENQ: sent " + Counted(answer->strBytes.size(), "byte") + " of the script";
+        });
         Say(answer->strBytes);
     } else {
         Tell([] { return "ENQ: no answer"; });

@@ -1,5 +1,6 @@
 // The conversation of one call: the request and its answer, frames taken, frames sent.
 #include "sim/Codec.h"
+#include "sim/Counted.h"
 #include "sim/DeviceBehaviour.h"
 
 #include <algorithm>
@@ -16,8 +17,7 @@ bool bRefusesEnquiry(std::string_view strReply) {
 }
 
 std::string Described(std::string_view strPayload) {
-    return std::string(strPayload.substr(0, 1)) + ", " + std::to_string(strPayload.size()) +
-           (strPayload.size() == 1 ? " byte" : " bytes");
+    return std::string(strPayload.substr(0, 1)) + ", " + Counted(strPayload.size(), "byte");
 }
 
 } // namespace

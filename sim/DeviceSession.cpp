@@ -1,5 +1,6 @@
 #include "sim/DeviceSession.h"
 
+#include "platform/PlainText.h"
 #include "sim/Codec.h"
 
 #include <algorithm>
@@ -13,18 +14,6 @@ namespace {
 
 constexpr size_t kMarker = 8;       ///< letters of SETDRIVE and SETGROUP
 constexpr size_t kBehindMarker = 9; ///< where the name of the folder begins, behind the dot
-
-char Upper(char c) {
-    return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
-}
-
-std::string UpperOf(std::string_view strText) {
-    std::string strUpper(strText);
-    for (char& c : strUpper) {
-        c = Upper(c);
-    }
-    return strUpper;
-}
 
 std::string_view DirectoryOf(std::string_view strPayload) {
     return strPayload.size() < 2 ? std::string_view()
@@ -49,7 +38,7 @@ std::string DeviceSession::strFolder() const {
 }
 
 DeviceSession::Result DeviceSession::Take(std::string_view strPayload) {
-    switch (strPayload.empty() ? '\0' : Upper(strPayload.front())) {
+    switch (strPayload.empty() ? '\0' : UpperAscii(strPayload.front())) {
     case 'O':
     case 'A':
         return TakeOpen(strPayload);
@@ -88,7 +77,7 @@ DeviceSession::Result DeviceSession::TakeOpen(std::string_view strPayload) {
         ++counts_.lUnknown;
         return Result::Taken;
     }
-    const std::string strMarker = UpperOf(file->strName).substr(0, kMarker);
+    const std::string strMarker = UpperAscii(file->strName).substr(0, kMarker);
     if (strMarker == "SETDRIVE" || strMarker == "SETGROUP") {
         std::string& strPart = strMarker == "SETDRIVE" ? strDrive_ : strGroup_;
         strPart = file->strName.substr(std::min(kBehindMarker, file->strName.size()));

@@ -1,5 +1,7 @@
 #include "sim/ServiceBehaviour.h"
 
+#include "sim/Counted.h"
+
 #include <algorithm>
 #include <charconv>
 #include <utility>
@@ -26,10 +28,6 @@ int32_t RequestedBlock(const std::vector<std::string>& fields) {
 
 std::string InMilliseconds(Microseconds time) {
     return std::to_string(time / 1000) + " ms";
-}
-
-std::string InBytes(size_t nBytes) {
-    return std::to_string(nBytes) + (nBytes == 1 ? " byte" : " bytes");
 }
 
 } // namespace
@@ -82,7 +80,7 @@ void ServiceBehaviour::Received(Wire& wire, Microseconds now, std::string_view s
         ReceivedAnswer(wire, now, strBytes);
     } else {
         // Nothing that arrives before the last piece is out can be an answer to it.
-        Tell([&] { return "ignored " + InBytes(strBytes.size()); });
+        Tell([&] { return "ignored " + Counted(strBytes.size(), "byte"); });
     }
 }
 
@@ -183,7 +181,7 @@ void ServiceBehaviour::Perform(Wire& wire, Microseconds now, const ScriptAction&
         WaitFor(Wait::Pause, now, action.pause);
         break;
     case Kind::Bytes:
-        Tell([&] { return "sent " + InBytes(action.strBytes.size()) + " of the script"; });
+        Tell([&] { return "sent " + Counted(action.strBytes.size(), "byte") + " of the script"; });
         Put(wire, now, action.strBytes, options_.script.DefaultFragmenting());
         break;
     case Kind::Packet:
@@ -297,11 +295,11 @@ void ServiceBehaviour::ReceivedAnswer(Wire& wire, Microseconds now, std::string_
     // can't be meant for that one.
     const size_t nAnswer = strBytes.find_first_of(std::string_view("\x06\x15"));
     if (nAnswer == std::string_view::npos) {
-        Tell([&] { return "ignored " + InBytes(strBytes.size()); });
+        Tell([&] { return "ignored " + Counted(strBytes.size(), "byte"); });
         return;
     }
     if (strBytes.size() > 1) {
-        Tell([&] { return "ignored " + InBytes(strBytes.size() - 1); });
+        Tell([&] { return "ignored " + Counted(strBytes.size() - 1, "byte"); });
     }
     if (strBytes[nAnswer] == kNak) {
         Refused(wire, now);
@@ -344,7 +342,8 @@ void ServiceBehaviour::Transmit(Wire& wire, Microseconds now) {
         const std::string strNumber =
             bScripted_ ? "scripted packet" : "frame " + std::to_string(lFrame_);
         return (lTransmissions_ == 1 ? "sent " : "resent ") + strNumber + ": " + strFrame[1] +
-               ", " + InBytes(strFrame.size()) + (bWrong ? ", with a wrong block check" : "");
+               ", " + Counted(strFrame.size(), "byte") +
+               (bWrong ? ", with a wrong block check" : "");
     });
     const char last = strFrame.back();
     if (bWrong) {

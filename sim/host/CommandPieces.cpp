@@ -47,10 +47,6 @@ std::string ContentOf(const std::string& strFile) {
     return strContent;
 }
 
-std::string Counted(int64_t lCount, const char* strWhat) {
-    return std::to_string(lCount) + " " + strWhat + (lCount == 1 ? "" : "s");
-}
-
 int FailCommand(const char* strCommand, const std::string& strError) {
     std::fprintf(stderr, "brenniksim %s: %s\n", strCommand, strError.c_str());
     return 1;

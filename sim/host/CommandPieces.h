@@ -21,9 +21,6 @@ int64_t NumberOf(const std::string& strOption, const std::string& strValue, int6
 /// What stands in a file; throws UsageProblem when it can't be read.
 std::string ContentOf(const std::string& strFile);
 
-/// A number and a word, in the plural where it belongs.
-std::string Counted(int64_t lCount, const char* strWhat);
-
 /// Says on stderr why a command ends, and gives the exit status.
 int FailCommand(const char* strCommand, const std::string& strError);
 

@@ -1,5 +1,6 @@
 #include "sim/host/DeviceCommand.h"
 
+#include "sim/Counted.h"
 #include "sim/DeviceBehaviour.h"
 #include "sim/PacedBytes.h"
 #include "sim/host/CommandPieces.h"

@@ -86,7 +86,7 @@ void FolderStore::Close() {
 
 // Part by part, so that none of them can be a link.
 int FolderStore::OpenAt(const std::string& strPath) const {
-    int folder = ::dup(folder_);
+    int folder = ::fcntl(folder_, F_DUPFD_CLOEXEC, 0);
     size_t nBegin = 0;
     for (size_t nEnd = 0; (nEnd = strPath.find('/', nBegin)) != std::string::npos;
          nBegin = nEnd + 1) {

@@ -1,5 +1,7 @@
 #include "sim/host/FolderTree.h"
 
+#include "platform/PlainText.h"
+
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
@@ -77,9 +79,7 @@ DateTime LocalTime(time_t seconds) {
 
 // A name is cut at an ETX, "\" parts folders, and the two markers steer the client's folders.
 void CheckName(const std::string& strPath, const std::string& strName) {
-    std::string strUpper = strName;
-    std::transform(strUpper.begin(), strUpper.end(), strUpper.begin(),
-                   [](char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 32) : c; });
+    const std::string strUpper = UpperAscii(strName);
     const bool bStored = strName.find_first_of(std::string_view("\x03\\")) == std::string::npos &&
                          strUpper.find("SETDRIVE") == std::string::npos &&
                          strUpper.find("SETGROUP") == std::string::npos && strUpper != "<DEFAULT>";

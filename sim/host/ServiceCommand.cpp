@@ -1,6 +1,7 @@
 #include "sim/host/ServiceCommand.h"
 
 #include "sim/Codec.h"
+#include "sim/Counted.h"
 #include "sim/PacedBytes.h"
 #include "sim/ServiceBehaviour.h"
 #include "sim/host/CommandPieces.h"

@@ -1,6 +1,7 @@
 #include "platform/IniFileCache.h"
 
 #include "platform/Descriptor.h"
+#include "platform/Waits.h"
 
 #include <algorithm>
 #include <ctime>
@@ -11,7 +12,6 @@ namespace brennik {
 
 namespace {
 
-constexpr int64_t kNanosecondsOfSecond = 1000000000;
 /// Files carry the time of the system's last tick. Two changes within one tick look alike, so a
 /// file that is younger than a few of them is read again at every use.
 constexpr int64_t kSettlingTime = 50000000;
@@ -22,7 +22,7 @@ int64_t NanosecondsOf(const timespec& time) {
 
 } // namespace
 
-const IniIndex* IniFileCache::Read(const std::string& strPath) {
+IniIndex* IniFileCache::Read(const std::string& strPath) {
     if (index_ && bSettled_ && IdentityOf(strPath, -1) == identity_) {
         return index_.get();
     }

@@ -20,7 +20,7 @@ class IniFileCache {
   public:
     /// The file at that native path as it stands now; null when it can't be read. Valid until the
     /// next call.
-    const IniIndex* Read(const std::string& strPath);
+    IniIndex* Read(const std::string& strPath);
 
   private:
     /// What changes whenever a file is changed or replaced.

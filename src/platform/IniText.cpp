@@ -130,18 +130,42 @@ std::optional<Line> FindKeyLine(std::string_view strContent, size_t nBegin, size
     return std::nullopt;
 }
 
+/// The name on a key line.
+std::string_view NameOf(std::string_view strLine) {
+    return WithoutBlanks(strLine.substr(0, EqualsOf(strLine)));
+}
+
+bool NameBefore(std::string_view strLeft, std::string_view strRight) {
+    return std::lexicographical_compare(
+        strLeft.begin(), strLeft.end(), strRight.begin(), strRight.end(),
+        [](char left, char right) { return UpperAscii(left) < UpperAscii(right); });
+}
+
+/// Where the key lines of a section begin, in the order of their names; of one name in the order of
+/// the text.
+std::vector<size_t> SortedKeyLines(std::string_view strContent, size_t nBegin, size_t nEnd) {
+    std::vector<size_t> lines;
+    for (size_t nAt = nBegin; nAt < nEnd;) {
+        const Line line = LineAt(strContent, nAt);
+        if (EqualsOf(line.strText) != std::string_view::npos) {
+            lines.push_back(nAt);
+        }
+        nAt = line.nNext;
+    }
+    std::stable_sort(lines.begin(), lines.end(), [&](size_t nLeft, size_t nRight) {
+        return NameBefore(NameOf(LineAt(strContent, nLeft).strText),
+                          NameOf(LineAt(strContent, nRight).strText));
+    });
+    return lines;
+}
+
 /// The value of a key line, trimmed, its quotes still on it.
 std::string_view RawValueOf(std::string_view strLine) {
     return WithoutBlanks(strLine.substr(EqualsOf(strLine) + 1));
 }
 
-std::optional<std::string> ValueIn(std::string_view strContent, size_t nBegin, size_t nEnd,
-                                   std::string_view strKey) {
-    const auto line = FindKeyLine(strContent, nBegin, nEnd, strKey);
-    if (!line) {
-        return std::nullopt;
-    }
-    return std::string(WithoutQuotes(RawValueOf(line->strText)));
+std::string ValueOf(std::string_view strLine) {
+    return std::string(WithoutQuotes(RawValueOf(strLine)));
 }
 
 std::string WithChangedLine(std::string_view strContent, const Line& line,
@@ -206,7 +230,9 @@ std::string WithAddedSection(std::string_view strContent, std::string_view strSe
 std::optional<std::string> FindIniValue(std::string_view strContent, std::string_view strSection,
                                         std::string_view strKey) {
     const auto body = FindSection(strContent, strSection);
-    return body ? ValueIn(strContent, body->nBegin, body->nEnd, strKey) : std::nullopt;
+    const auto line =
+        body ? FindKeyLine(strContent, body->nBegin, body->nEnd, strKey) : std::nullopt;
+    return line ? std::optional(ValueOf(line->strText)) : std::nullopt;
 }
 
 bool HasIniSection(std::string_view strContent, std::string_view strSection) {
@@ -234,18 +260,30 @@ bool CanStandOnOneLine(std::string_view strText) {
 
 IniIndex::IniIndex(std::string strContent) : strContent_(std::move(strContent)) {
     VisitSections(strContent_, [this](std::string_view strName, const Body& body) {
-        sections_.try_emplace(UpperAscii(strName), Range{body.nBegin, body.nEnd});
+        sections_.try_emplace(UpperAscii(strName), Section{body.nBegin, body.nEnd, {}});
         return false;
     });
 }
 
-std::optional<std::string> IniIndex::Find(std::string_view strSection,
-                                          std::string_view strKey) const {
-    const auto section = sections_.find(UpperAscii(WithoutBlanks(strSection)));
-    if (section == sections_.end()) {
+std::optional<std::string> IniIndex::Find(std::string_view strSection, std::string_view strKey) {
+    const auto found = sections_.find(UpperAscii(WithoutBlanks(strSection)));
+    if (found == sections_.end()) {
         return std::nullopt;
     }
-    return ValueIn(strContent_, section->second.nBegin, section->second.nEnd, strKey);
+    Section& section = found->second;
+    if (!section.keyLines) {
+        section.keyLines = SortedKeyLines(strContent_, section.nBegin, section.nEnd);
+    }
+    const auto textAt = [&](size_t nLine) { return LineAt(strContent_, nLine).strText; };
+    const std::string_view strWanted = WithoutBlanks(strKey);
+    const auto line = std::lower_bound(section.keyLines->begin(), section.keyLines->end(),
+                                       strWanted, [&](size_t nLine, std::string_view strName) {
+                                           return NameBefore(NameOf(textAt(nLine)), strName);
+                                       });
+    if (line == section.keyLines->end() || !SameName(NameOf(textAt(*line)), strWanted)) {
+        return std::nullopt;
+    }
+    return ValueOf(textAt(*line));
 }
 
 } // namespace brennik

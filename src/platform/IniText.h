@@ -9,6 +9,7 @@
 #include <string>
 #include <string_view>
 #include <unordered_map>
+#include <vector>
 
 namespace brennik {
 
@@ -27,7 +28,8 @@ std::string WithIniValue(std::string_view strContent, std::string_view strSectio
 /// False for a text with a line end or a zero byte in it: no name or value can hold these.
 bool CanStandOnOneLine(std::string_view strText);
 
-/// A whole text with its sections looked up once, for many reads of one file.
+/// A whole text with its sections looked up once, and the keys of a section at its first read, for
+/// many reads of one file: the time of all of them hardly grows faster than the file.
 class IniIndex {
   public:
     explicit IniIndex(std::string strContent);
@@ -35,16 +37,17 @@ class IniIndex {
     const std::string& Content() const { return strContent_; }
 
     /// As FindIniValue over the content.
-    std::optional<std::string> Find(std::string_view strSection, std::string_view strKey) const;
+    std::optional<std::string> Find(std::string_view strSection, std::string_view strKey);
 
   private:
-    struct Range {
+    struct Section {
         size_t nBegin = 0;
         size_t nEnd = 0;
+        std::optional<std::vector<size_t>> keyLines; ///< where they begin, by name; once wanted
     };
 
     std::string strContent_;
-    std::unordered_map<std::string, Range> sections_; ///< by upper-cased name
+    std::unordered_map<std::string, Section> sections_; ///< by upper-cased name
 };
 
 } // namespace brennik

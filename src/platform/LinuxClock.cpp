@@ -1,6 +1,7 @@
 #include "platform/LinuxClock.h"
 
-#include <cerrno>
+#include "platform/Waits.h"
+
 #include <clocale>
 #include <cmath>
 #include <ctime>
@@ -14,8 +15,6 @@ namespace {
 
 constexpr int64_t kSecondsOfMinute = 60;
 constexpr int64_t kSecondsOfDay = 86400;
-constexpr int64_t kNanosecondsOfSecond = 1000000000;
-constexpr int64_t kNanosecondsOfMillisecond = 1000000;
 
 /// How late the kernel may end a wait to save a wake-up. Left to itself it takes 50 us, and a frame
 /// on a serial line waits twice.
@@ -82,15 +81,8 @@ std::string LinuxClock::MonthName(int32_t iMonth) {
 }
 
 void LinuxClock::Sleep(int32_t lMilliseconds) {
-    if (lMilliseconds <= 0) {
-        return;
-    }
-    timespec until{};
-    clock_gettime(CLOCK_MONOTONIC, &until);
-    const int64_t lNanoseconds = until.tv_nsec + lMilliseconds * kNanosecondsOfMillisecond;
-    until.tv_sec += lNanoseconds / kNanosecondsOfSecond;
-    until.tv_nsec = lNanoseconds % kNanosecondsOfSecond;
-    while (clock_nanosleep(CLOCK_MONOTONIC, TIMER_ABSTIME, &until, nullptr) == EINTR) {
+    if (lMilliseconds > 0) {
+        SleepUntil(MonotonicNow() + lMilliseconds * kNanosecondsOfMillisecond);
     }
 }
 

@@ -1,5 +1,5 @@
 // Files, folders and text streams on the Linux file calls. Only regular files are ever read or
-// written, and no call waits for a FIFO or a device.
+// written (what kind of file a log is isn't asked), and no call waits for a FIFO or a device.
 // Tests above the seam put files in memory in its place.
 #pragma once
 

@@ -5,6 +5,7 @@
 #include "platform/ProcessStart.h"
 #include "platform/ScriptLine.h"
 
+#include <algorithm>
 #include <fcntl.h>
 #include <poll.h>
 #include <sys/stat.h>
@@ -34,6 +35,9 @@ ProgramWords WordsOf(const std::string& strCommandLine) {
 /// Puts the program in front that runs a script which can't run itself.
 void AddInterpreter(ProgramWords& words) {
     const Descriptor file = OpenDescriptor(words.front(), O_RDONLY);
+    if (!file.IsOpen()) {
+        ThrowErrno();
+    }
     char buffer[kLongestScriptLine];
     const ssize_t nRead = Resumed([&] { return ::read(file.Get(), buffer, sizeof buffer); });
     if (nRead < 0) {

@@ -119,7 +119,7 @@ std::string LinuxProfileStrings::GetPrivateProfileString(const std::string& strS
         return {};
     }
     const auto strNative = NativePath(strPath, drives_);
-    const IniIndex* index = strNative ? cache_.Read(*strNative) : nullptr;
+    IniIndex* const index = strNative ? cache_.Read(*strNative) : nullptr;
     std::string strValue =
         (index != nullptr ? index->Find(strSection, strKey) : std::nullopt).value_or(strDefault);
     if (strValue.size() > static_cast<size_t>(lBufferSize - 1)) {

@@ -1,6 +1,6 @@
 // Case and blanks of plain byte texts, as every rule of the seam means them: ASCII letters alone
 // have a case, and no locale is ever asked.
-// Room-internal: the rooms above have their own.
+// The far ends use it too; the rooms of the client above have their own.
 #pragma once
 
 #include <algorithm>

@@ -2,6 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <random>
+#include <string>
+
 namespace brennik {
 namespace {
 
@@ -122,13 +125,32 @@ TEST(IniText, NothingIsFoundInNothing) {
 }
 
 TEST(IniText, TheIndexFindsWhatASearchFinds) {
-    const IniIndex index{std::string(kSample)};
+    IniIndex index{std::string(kSample)};
     EXPECT_EQ(index.Content(), kSample);
     for (const char* strSection : {"GENERAL", "general", " Profile_1 ", "", "none"}) {
         for (const char* strKey : {"NumProfiles", "name", "Spaced Name", "Stray", "Empty", "Twice",
                                    "OnlyInSecond", "Hidden", "x"}) {
             EXPECT_EQ(index.Find(strSection, strKey), FindIniValue(kSample, strSection, strKey))
                 << strSection << " " << strKey;
+        }
+    }
+}
+
+TEST(IniText, TheIndexFindsWhatASearchFindsInAnyText) {
+    std::minstd_rand random(1);
+    for (int nText = 0; nText < 300; ++nText) {
+        std::string strContent = "[a]\n";
+        while (strContent.size() < 200) {
+            strContent += "aAbB== ;[]\"\r\n\n"[random() % 14];
+        }
+        IniIndex index{strContent};
+        for (const char* strSection : {"A", "b", "ab", ""}) {
+            for (const char* strKey : {"a", "B", "aa", "ab", "ba", "bb", "a b", ""}) {
+                EXPECT_EQ(index.Find(strSection, strKey),
+                          FindIniValue(strContent, strSection, strKey))
+                    << strSection << " " << strKey << " in\n"
+                    << strContent;
+            }
         }
     }
 }

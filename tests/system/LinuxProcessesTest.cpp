@@ -160,6 +160,18 @@ TEST_F(LinuxProcessesTest, AMissingInterpreterFails) {
     EXPECT_EQ(::waitpid(-1, nullptr, WNOHANG), -1);
 }
 
+TEST_F(LinuxProcessesTest, AScriptThatMustNotBeReadFails) {
+    const std::string strScript = Script("a", "echo no" + strToOut_, 0);
+    ASSERT_EQ(::chmod(folder_.strPath().c_str(), 0755), 0);
+    EXPECT_EQ(ReportOfChild([&] {
+                  if (::geteuid() == 0 && ::setuid(65534) != 0) {
+                      return std::string("setuid failed");
+                  }
+                  return StartFailure(strScript);
+              }),
+              "Permission denied");
+}
+
 TEST_F(LinuxProcessesTest, AnEmptyScriptDoesNothing) {
     processes_.WaitForExit(processes_.StartHidden(Script("a", "")));
     processes_.WaitForExit(processes_.StartHidden(Script("b", "", 0755)));
