@@ -1,10 +1,15 @@
 #include "bench/MeasuredRun.h"
 
-#include "bench/Processes.h"
-
+#include <algorithm>
 #include <filesystem>
 
 namespace brennik::bench {
+
+namespace {
+
+constexpr int64_t kFewestFrames = 200;
+
+} // namespace
 
 MeasuredRun::MeasuredRun(const Options& options, Workplace& workplace)
     : options_(options),
@@ -36,6 +41,31 @@ RunResult MeasuredRun::ClientAlone(const Job& job, int32_t lProfile) {
     return result;
 }
 
+RunResult MeasuredRun::InWindows(const Job& job) {
+    workplace_.Clear();
+    WindowUser user(workplace_.Folder());
+    const pid_t sender = StartSender(job);
+    const pid_t client = StartProgram({options_.strPrograms + "/brennikclient"}, &lExecAt_);
+    user.RunFirstProfile();
+    // Nobody looks for a window while the session goes on: that would take its time from it.
+    const ChildEnd sent = WaitFor(sender);
+    user.CloseBoxAndQuit();
+    const RunResult result = ResultOf(sent, WaitFor(client), "the client in windows");
+    workplace_.Verify(job, false);
+    return result;
+}
+
+// As many frames as the bare ping-pong makes in that time.
+Job MeasuredRun::JobLasting(double dSeconds, size_t nBlock) {
+    Job job{1, 400, nBlock};
+    const RunResult trial = PingPong(Receiver::Bare, job);
+    const double dFrames = dSeconds * 1e9 * static_cast<double>(job.DataFrames()) /
+                           static_cast<double>(trial.lNanoseconds);
+    job.lBlocksOfFile = std::clamp<int64_t>(static_cast<int64_t>(dFrames), kFewestFrames,
+                                            kMostBytesOfRun / static_cast<int64_t>(nBlock));
+    return job;
+}
+
 RunResult MeasuredRun::PingPong(Receiver receiver, const Job& job) {
     workplace_.Clear();
     const pid_t sender = StartSender(job);
@@ -60,7 +90,11 @@ pid_t MeasuredRun::StartClient(int32_t lProfile) {
 
 RunResult MeasuredRun::Finish(pid_t sender, pid_t receiver, const char* strWho) {
     const ChildEnd received = WaitFor(receiver);
-    const ChildEnd sent = WaitFor(sender);
+    return ResultOf(WaitFor(sender), received, strWho);
+}
+
+RunResult MeasuredRun::ResultOf(const ChildEnd& sent, const ChildEnd& received,
+                                const char* strWho) {
     if (!received.bGood || !sent.bGood || times_.lDone == 0)
         Fail(std::string("a session with ") + strWho + " did not come to its good end");
     RunResult result;

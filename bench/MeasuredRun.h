@@ -5,12 +5,17 @@
 #include "bench/FrameSender.h"
 #include "bench/Options.h"
 #include "bench/PingPong.h"
+#include "bench/Processes.h"
+#include "bench/WindowUser.h"
 #include "bench/Workplace.h"
 
 #include <optional>
 #include <string>
 
 namespace brennik::bench {
+
+/// What a run brings at most: nothing is gained by more.
+inline constexpr int64_t kMostBytesOfRun = int64_t{96} << 20;
 
 struct RunResult {
     int64_t lNanoseconds = 0;    ///< from the first data frame to the last ACK, by the sender
@@ -35,12 +40,20 @@ class MeasuredRun {
     /// time.
     RunResult ClientAlone(const Job& job, int32_t lProfile);
 
+    /// A session of the real program in windows, with the first profile. The time is that of the
+    /// session, as ever: neither start nor end of the windows is in it.
+    RunResult InWindows(const Job& job);
+
+    /// A job of one file that lasts about so long with a bare ping-pong.
+    Job JobLasting(double dSeconds, size_t nBlock);
+
     RunResult PingPong(Receiver receiver, const Job& job);
 
   private:
     pid_t StartSender(const Job& job);
     pid_t StartClient(int32_t lProfile);
     RunResult Finish(pid_t sender, pid_t receiver, const char* strWho);
+    RunResult ResultOf(const ChildEnd& sent, const ChildEnd& received, const char* strWho);
 
     const Options& options_;
     Workplace& workplace_;

@@ -72,6 +72,21 @@ pid_t StartProgram(const std::vector<std::string>& arguments, int64_t* lExecAt, 
     ::_exit(kChildFailed);
 }
 
+pid_t StartAnnouncing(const std::vector<std::string>& arguments, std::string& strLine) {
+    int ends[2];
+    if (::pipe(ends) != 0)
+        Fail("pipe");
+    const pid_t child = StartProgram(arguments, nullptr, ends[1]);
+    ::close(ends[1]);
+    FILE* output = ::fdopen(ends[0], "r");
+    char line[4096] = "";
+    strLine.clear();
+    if (std::fgets(line, sizeof line, output) != nullptr)
+        strLine.assign(line, std::strcspn(line, "\n"));
+    std::fclose(output);
+    return child;
+}
+
 ChildEnd WaitFor(pid_t child) {
     int nStatus = 0;
     rusage usage{};

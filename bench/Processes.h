@@ -35,6 +35,10 @@ pid_t StartChild(const std::function<int()>& body);
 pid_t StartProgram(const std::vector<std::string>& arguments, int64_t* lExecAt = nullptr,
                    int nOutput = -1);
 
+/// The same, and waits for the first line that it prints, which is given without its line end;
+/// empty when it ends without one.
+pid_t StartAnnouncing(const std::vector<std::string>& arguments, std::string& strLine);
+
 struct ChildEnd {
     bool bGood = false;          ///< it ended by itself with status 0
     int64_t lPeakKiB = 0;        ///< the most memory it held at any moment

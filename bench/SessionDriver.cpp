@@ -23,11 +23,8 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr std::array<size_t, 5> kBlockSizes = {256, 1024, 4096, 16384, 60000};
-constexpr int64_t kMostBytesOfRun = int64_t{96} << 20;
-
 /// A log of all packets is seven times the size of the data, and takes its time.
 constexpr int64_t kMostBytesOfLoggedRun = int64_t{16} << 20;
-constexpr int64_t kFewestFrames = 200;
 
 class SessionDriver {
   public:
@@ -36,7 +33,7 @@ class SessionDriver {
 
     void Measure() {
         for (const size_t nBlock : kBlockSizes) {
-            const Job job = JobFor(nBlock);
+            const Job job = run_.JobLasting(options_.bQuick ? 0.02 : 0.15, nBlock);
             for (int lRound = 0; lRound < options_.lRounds; ++lRound)
                 MeasurePair(job, lRound);
             MeasureService(job);
@@ -44,19 +41,6 @@ class SessionDriver {
     }
 
   private:
-    // As many frames as the bare ping-pong makes in the time that a run is to take.
-    Job JobFor(size_t nBlock) {
-        const double dSeconds = options_.bQuick ? 0.02 : 0.15;
-        Job job{1, 400, nBlock};
-        const RunResult trial = run_.PingPong(Receiver::Bare, job);
-        const double dFrames = dSeconds * 1e9 * static_cast<double>(job.DataFrames()) /
-                               static_cast<double>(trial.lNanoseconds);
-        const int64_t lMost = MostBlocks(kMostBytesOfRun, nBlock);
-        job.lBlocksOfFile =
-            std::clamp<int64_t>(static_cast<int64_t>(dFrames), kFewestFrames, lMost);
-        return job;
-    }
-
     static int64_t MostBlocks(int64_t lBytes, size_t nBlock) {
         return lBytes / static_cast<int64_t>(nBlock);
     }

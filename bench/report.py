@@ -129,6 +129,25 @@ def sessions(raw, goals):
            "/ bare", "log bytes a frame", "service / sender"], rows)
 
 
+def windows(raw, goals):
+    print("#### The windows\n\nThe same session with the status window open, on a display in memory, "
+          "blocks of 1024 bytes, no log; frames a second.\n")
+    rows = []
+    for place, path in places(raw, "windows"):
+        figures = Figures(path)
+        size = figures.sizes("windows")[0]
+        ratio = figures.rate_ratio("windows", size, "window", "unattended")
+        rows.append([f"{place}, {size}"] +
+                    [whole(figures.rate("windows", size, name)) for name in ("unattended", "window")]
+                    + [f"{ratio:.3f}"] +
+                    [f"{figures.megabytes('windows', size, name):.1f} MB"
+                     for name in ("unattended", "window")])
+        goals.at_least("session with the status window / unattended, 1024 bytes", place, 0.90,
+                       ratio, "{:.3f}")
+    table(["ends, block", "unattended", "in windows", "/ unattended", "peak memory, unattended",
+           "in windows"], rows)
+
+
 def lines(raw, goals):
     print("#### A client session over a serial line\n\nA pseudo-terminal with brenniksim behind it, "
           "blocks of 1024 bytes. The limit is what the behaviour itself sets: a frame of 1034 "
@@ -338,7 +357,7 @@ def main():
     print()
     with open(os.path.join(raw, "machine.txt")) as text:
         print("Measured on " + text.read().replace("\n", "; ").rstrip("; ") + ".\n")
-    for part in [peers] if what == "peers" else [sessions, lines, relays, pieces, start, growth]:
+    for part in [peers] if what == "peers" else [sessions, windows, lines, relays, pieces, start, growth]:
         part(raw, goals)
     goals.print()
 

@@ -42,10 +42,28 @@ SharedFunction FindSharedFunction(const std::vector<std::string>& strFiles, cons
     return found;
 }
 
+std::vector<std::string> LibraryPlaces(const LibrarySources& sources, const std::string& strFile) {
+    std::vector<std::string> places;
+    const size_t nName = sources.strExecutable.rfind('/');
+    if (nName != std::string::npos) {
+        const std::string strFolder = sources.strExecutable.substr(0, nName);
+        places.push_back(strFolder + "/" + strFile);
+        // Only from a folder that has the name for it: beside any other one stand strangers.
+        const std::string strPrograms = "/" + sources.strPrograms;
+        if (!sources.strPrograms.empty() && !sources.strLibraries.empty() &&
+            strFolder.ends_with(strPrograms)) {
+            places.push_back(strFolder.substr(0, strFolder.size() - strPrograms.size()) + "/" +
+                             sources.strLibraries + "/" + strFile);
+        }
+    }
+    places.push_back(sources.strConfigured + "/" + strFile);
+    return places;
+}
+
 std::vector<std::string> LibraryPlaces(const std::string& strFile) {
-    const std::string strExecutable = ExecutableFile();
-    return {strExecutable.substr(0, strExecutable.rfind('/') + 1) + strFile,
-            BRENNIK_INSTALLED_LIBRARIES "/" + strFile};
+    return LibraryPlaces({ExecutableFile(), BRENNIK_PROGRAMS_BELOW_PREFIX,
+                          BRENNIK_LIBRARIES_BELOW_PREFIX, BRENNIK_INSTALLED_LIBRARIES},
+                         strFile);
 }
 
 } // namespace brennik

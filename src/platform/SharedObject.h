@@ -17,8 +17,20 @@ struct SharedFunction {
 /// loaded stays for as long as the process lives.
 SharedFunction FindSharedFunction(const std::vector<std::string>& strFiles, const char* strName);
 
-/// The places of a library that belongs to the program: beside the executable, then the folder in
-/// which libraries are installed.
+/// What the places of a library rest on; an empty text is a value that isn't known.
+struct LibrarySources {
+    std::string strExecutable; ///< the file that runs, as a whole path
+    std::string strPrograms;   ///< where programs are installed below a prefix, for example "bin"
+    std::string strLibraries;  ///< where libraries are, below the same prefix
+    std::string strConfigured; ///< where libraries are installed, as a whole path
+};
+
+/// The places of a library that belongs to the program: beside the executable; where the libraries
+/// of its prefix are, for a program that was installed below another prefix than the one it was
+/// built for; and the folder in which libraries are installed.
+std::vector<std::string> LibraryPlaces(const LibrarySources& sources, const std::string& strFile);
+
+/// The places for this process.
 std::vector<std::string> LibraryPlaces(const std::string& strFile);
 
 } // namespace brennik

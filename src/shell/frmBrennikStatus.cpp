@@ -10,7 +10,6 @@
 #include "shell/frmBrennikClient.h"
 #include "support/Failure.h"
 
-#include <QCloseEvent>
 #include <QEvent>
 #include <QGridLayout>
 #include <QGroupBox>
@@ -134,13 +133,6 @@ void frmBrennikStatus::changeEvent(QEvent* event) {
 void frmBrennikStatus::reject() {
     if (!bBusy_)
         QDialog::reject();
-}
-
-void frmBrennikStatus::closeEvent(QCloseEvent* event) {
-    if (bBusy_)
-        event->ignore();
-    else
-        QDialog::closeEvent(event);
 }
 
 void frmBrennikStatus::tmrStart_Timer() {

@@ -21,7 +21,8 @@ class frmBrennikStatus : public QDialog {
     /// The main window, whose list and caption the run changes; it must outlive this.
     explicit frmBrennikStatus(frmBrennikClient& oMainWindow);
 
-    /// Refused while a run is on, as every other way to close the window is.
+    /// Every way to close the window ends here, Esc and the close button alike. Refused while a run
+    /// is on.
     void reject() override;
 
     /// Shows how much of a file has come: lValue of lTotal, as a part of lMax. A total of 0 or less
@@ -30,7 +31,6 @@ class frmBrennikStatus : public QDialog {
                                   int32_t lTotal);
 
   protected:
-    void closeEvent(QCloseEvent* event) override;
     void changeEvent(QEvent* event) override;
 
   private:

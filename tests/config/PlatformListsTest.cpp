@@ -180,6 +180,16 @@ TEST_F(PlatformLists, CommaInAQuotedListSeparatesLikeAColon) {
     EXPECT_THAT(Eproms(0, 3), ElementsAre("E1", "E2", "E3"));
 }
 
+TEST_F(PlatformLists, LinesAreCutWhereTheBufferEnds) {
+    PutPlatforms({"A,E," + std::string(9995, 'p') + "more", "B,E,P"});
+    config.GetPlatforms(kFolder);
+    EXPECT_THAT(Platforms(), ElementsAre("A (1/1)", "B (1/1)"));
+    EXPECT_EQ(config.GetApplicationName(0, 0), std::string(9995, 'p'));
+    host.files.Put(kFile, "[APPLICATION]\r\n1=" + std::string(10001, 'a') + "\r\n");
+    EXPECT_EQ(ReadApplications(), 0);
+    EXPECT_THAT(strApplications, ElementsAre(std::string(9999, 'a')));
+}
+
 TEST_F(PlatformLists, IndicesOutOfRangeGiveNothing) {
     PutPlatforms({"A,E1:E2,P"});
     config.GetPlatforms(kFolder);

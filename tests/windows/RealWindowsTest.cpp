@@ -200,6 +200,17 @@ TEST_F(RealWindows, AreMissedInOneLineWithoutAModuleThatFits) {
               kNoWindow + strModule + ": undefined symbol: BrennikOpenWindows" + kRunAProfile);
 }
 
+TEST_F(RealWindows, AreFoundBelowThePrefixThatTheProgramWasInstalledTo) {
+    const std::string strProgram = folder_ / "opt/" BRENNIK_PROGRAMS_BELOW_PREFIX "/brennikclient";
+    const std::string strModule =
+        folder_ / "opt/" BRENNIK_LIBRARIES_BELOW_PREFIX "/libbrennikwindows.so";
+    ProgramRun({"/usr/bin/install", "-D", BRENNIK_CLIENT_PROGRAM, strProgram}).Wait();
+    ProgramRun({"/usr/bin/install", "-D", BRENNIK_OTHER_MODULE, strModule}).Wait();
+    ProgramRun run(Environment({strProgram}));
+    EXPECT_EQ(run.Wait(), 0);
+    EXPECT_EQ(run.strErr(), kNoWindow + strModule + " belongs to another version" + kRunAProfile);
+}
+
 TEST_F(RealWindows, AreAModuleThatShowsOneFunctionAndAProgramThatKnowsNoToolkit) {
     ProgramRun symbols(
         {"/usr/bin/nm", "-D", "--defined-only", "--format=just-symbols", BRENNIK_WINDOWS_MODULE});

@@ -2,6 +2,7 @@
 #include "tests/session/Contents.h"
 #include "tests/windows/WindowsWorld.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <QLineEdit>
@@ -287,6 +288,9 @@ TEST_F(InEveryStage, TheCancelButtonEndsTheRun) {
             EXPECT_TRUE(Status().isVisible());
         });
         ASSERT_EQ(user.boxes.size(), 1u);
+        // It is seen at the head of the packet loop, so that even a click during the connect lets
+        // the request go out.
+        EXPECT_THAT(peer.Take(), testing::HasSubstr("VFI,VX520,XDL,"));
         const bool bAborted = user.boxes[0] == kFailure + "Communications aborted by user";
         nAborted += bAborted ? 1 : 0;
         // Only a click after the end of the packet loop comes too late.

@@ -2,6 +2,7 @@
 
 #include "tests/session/Contents.h"
 #include "tests/windows/WindowsWorld.h"
+#include "tests/world/AllocationLimit.h"
 
 #include <gtest/gtest.h>
 
@@ -193,6 +194,19 @@ TEST_F(FrmBrennikStatus, ListsEachNewFileOnceWithTheTimeOfTheUpdate) {
     Update();
     EXPECT_EQ(Lines(), (std::vector<std::string>{"C:\\a\\|1", "C:\\a\\|2", "C:\\b\\|3"}));
     EXPECT_EQ(List().topLevelItem(2)->text(0).toStdString(), "14/11/2026 12:00:01");
+}
+
+TEST_F(FrmBrennikStatus, DropsAFailingUpdateAndGoesOnWithTheNext) {
+    Engine().AddFile("C:\\a\\", "1");
+    Engine().AddFile("C:\\" + std::string(300000, 'b'), "2");
+    {
+        const world::AllocationLimit limit(1 << 18);
+        Update();
+    }
+    EXPECT_EQ(Lines(), std::vector<std::string>{"C:\\a\\|1"});
+    Update();
+    ASSERT_EQ(List().topLevelItemCount(), 2) << "none is listed twice, none is lost";
+    EXPECT_EQ(List().topLevelItem(1)->text(2).toStdString(), "2");
 }
 
 TEST_F(FrmBrennikStatus, OnlyRecordsTheCancel) {

@@ -1,6 +1,7 @@
 #include "shell/frmSelectProfile.h"
 
 #include "tests/windows/WindowsWorld.h"
+#include "tests/world/AllocationLimit.h"
 
 #include <gtest/gtest.h>
 
@@ -166,6 +167,37 @@ TEST_F(FrmSelectProfile, TakesProfile0OfAFileWithoutProfiles) {
     RunProfile();
     EXPECT_EQ(lProfileId, 0);
     EXPECT_FALSE(host.files.Exists("/config/BrennikClient.ini"));
+}
+
+TEST_F(FrmSelectProfile, WritesBlanksForTheyAreText) {
+    WriteProfiles({{}});
+    Applications().setEditText(QStringLiteral("  "));
+    TerminalId().setText(QStringLiteral(" "));
+    RunProfile();
+    EXPECT_FALSE(IniHolds("ApplicationID=APP"));
+    EXPECT_FALSE(IniHolds("TerminalID=T1"));
+    EXPECT_EQ(oConfig->strApplicationID(), "");
+}
+
+TEST_F(FrmSelectProfile, OffersTheApplicationsEvenWhenTheProfilesCannotBeRead) {
+    host.files.Put("/config/BrennikClient.ini",
+                   "[GENERAL]\r\nProfilecount=-1\r\n[APPLICATION]\r\n1=POS\r\n");
+    EXPECT_EQ(Shown(), std::vector<std::string>());
+    EXPECT_EQ(Applications().count(), 2);
+}
+
+TEST_F(FrmSelectProfile, DropsARunTimeFailureWithoutAWord) {
+    WriteProfiles({{"ProfileName=First"}});
+    const std::string strBefore = Ini();
+    Applications().setEditText(QString(32767, QLatin1Char('a'))); // as much as a field takes
+    {
+        const world::AllocationLimit limit(1 << 15);
+        RunProfile();
+    }
+    EXPECT_FALSE(Picker().isVisible());
+    EXPECT_EQ(lProfileId, 1);
+    EXPECT_EQ(oConfig->strProfileName(), "") << "new, and not loaded";
+    EXPECT_TRUE(Ini() == strBefore);
 }
 
 TEST_F(FrmSelectProfile, DropsAFailedLoadWithoutAWord) {
