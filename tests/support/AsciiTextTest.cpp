@@ -87,5 +87,12 @@ TEST(AsciiText, ParseNumberThrowsOverflowForWhatDoesNotFit) {
     EXPECT_EQ(ParseFailure<double>(std::string(400, '9')), FailureKind::Overflow);
 }
 
+TEST(AsciiText, AFolderGetsABackslashUnlessItEndsInOne) {
+    EXPECT_EQ(WithTrailingBackslash("C:\\pos"), "C:\\pos\\");
+    EXPECT_EQ(WithTrailingBackslash("C:\\"), "C:\\");
+    EXPECT_EQ(WithTrailingBackslash("/srv/"), "/srv/\\");
+    EXPECT_EQ(WithTrailingBackslash(""), "\\");
+}
+
 } // namespace
 } // namespace brennik
