@@ -5,7 +5,10 @@
 #include "platform/ProcessStart.h"
 #include "platform/ScriptLine.h"
 
+#include <cstdlib>
+#include <cstring>
 #include <fcntl.h>
+#include <memory>
 #include <poll.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
@@ -113,6 +116,14 @@ void LinuxProcesses::ChangeDrive(const std::string& strDrive) {
     if (!strDrive.empty() && !IsKnownDrive(strDrive.front(), drives_)) {
         throw RuntimeFailure(FailureKind::PathNotFound);
     }
+}
+
+std::string LinuxProcesses::CurrentDirectory() {
+    const std::unique_ptr<char, void (*)(void*)> found(::getcwd(nullptr, 0), std::free);
+    if (!found || std::strchr(found.get(), '\\') != nullptr) {
+        throw RuntimeFailure(FailureKind::PathNotFound);
+    }
+    return found.get();
 }
 
 void LinuxProcesses::ChangeDirectory(const std::string& strFolder) {
