@@ -142,6 +142,7 @@ TEST_F(FrmSelDir, HasItsControlsInTheirFrames) {
             dynamic_cast<QGroupBox*>(Named<QWidget>(Picker(), strName).parentWidget());
         ASSERT_NE(frame, nullptr) << strName;
         EXPECT_EQ(frame->title().toStdString(), strHeading);
+        EXPECT_EQ(Named<QWidget>(Picker(), strName).accessibleName().toStdString(), strHeading);
     }
     EXPECT_EQ(Named<QPushButton>(Picker(), "btOK").text().toStdString(), "&OK");
     EXPECT_EQ(Named<QPushButton>(Picker(), "btCancel").text().toStdString(), "&Cancel");
@@ -179,9 +180,9 @@ TEST_F(FrmSelDir, ShowsEveryStartFolderInDriveForm) {
         {"C:\\", "C:\\"},
         {"C:", "C:\\"},
         {"/", "C:\\"},
-        {"../pos", "C:\\home\\user\\../pos"},
-        {"\\home\\pos", "\\home\\pos"},
-        {"\\", "\\"}};
+        {"../pos", "C:\\home\\user\\..\\pos"},
+        {"\\home\\pos", "C:\\home\\pos"},
+        {"\\", "C:\\"}};
     for (const auto& [strStart, strShown] : rows) {
         strSelDirPath = strStart;
         picker_.reset();
