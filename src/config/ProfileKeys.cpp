@@ -4,7 +4,6 @@
 #include "support/OstrandString.h"
 
 #include <array>
-#include <charconv>
 
 namespace brennik {
 
@@ -42,13 +41,7 @@ struct IntThroughLong : Int {
 
 struct Double {
     static double Read(const std::string& strText) { return OstrandString::StrToDouble(strText); }
-    static std::string Write(double dValue) {
-        // Without an exponent: the smallest doubles take some 340 characters.
-        std::array<char, 400> buffer{};
-        const auto written = std::to_chars(buffer.data(), buffer.data() + buffer.size(), dValue,
-                                           std::chars_format::fixed);
-        return std::string(buffer.data(), written.ptr);
-    }
+    static std::string Write(double dValue) { return ToDecimal(dValue); }
 };
 
 struct Boolean {

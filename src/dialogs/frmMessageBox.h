@@ -1,5 +1,5 @@
-// The message box of the windows: plain text, one button, and the system's name as its title.
-// Tests find it as the active modal window.
+// The message boxes of the windows: plain text, one button or a question, and the system's name as
+// their title unless one is told. Tests find them as the active modal window.
 #pragma once
 
 #include <QMessageBox>
@@ -14,6 +14,12 @@ inline constexpr const char* kWindowCaption = "Ostrand Brennik Client";
 
 /// Shows the text (bytes, lines ending in CR LF) over its parent, if any, and waits until the user
 /// has closed the box; events go on meanwhile.
-void ShowMessageBox(QWidget* parent, QMessageBox::Icon icon, std::string_view strText);
+void ShowMessageBox(QWidget* parent, QMessageBox::Icon icon, std::string_view strText,
+                    std::string_view strTitle = kWindowCaption);
+
+/// The same with the buttons Yes and No, Yes being the one that Enter presses. True for Yes; Esc
+/// and the close button are No.
+bool AskYesNo(QWidget* parent, std::string_view strText,
+              std::string_view strTitle = kWindowCaption);
 
 } // namespace brennik

@@ -4,6 +4,8 @@
 // thrown as a RuntimeFailure unless the operation says otherwise.
 #pragma once
 
+#include "platform/Paths.h"
+
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -111,6 +113,9 @@ class Files {
     /// Sets the attribute bits of a file: 1, read-only, takes its write bits away or gives the
     /// owner's back; the other bits have no counterpart and are accepted.
     virtual void SetAttributes(const std::string& strPath, int32_t lAttributes) = 0;
+
+    /// The drives there are, by which texts in drive form are read. Lives as long as the files.
+    virtual const DriveTable& Drives() const = 0;
 
     /// True when strPath, taken as it stands, lies below strBaseFolder: no ".." in what follows
     /// the base, and no existing part of it a symbolic link. No throw.

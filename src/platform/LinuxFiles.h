@@ -31,6 +31,7 @@ class LinuxFiles : public Files {
     void CopyFolder(const std::string& strSource, const std::string& strTarget,
                     bool bOverwrite) override;
     void SetAttributes(const std::string& strPath, int32_t lAttributes) override;
+    const DriveTable& Drives() const override { return drives_; }
     bool StaysInside(const std::string& strBaseFolder, const std::string& strPath) override;
 
   private:

@@ -6,7 +6,10 @@
 #include "platform/ScriptLine.h"
 
 #include <algorithm>
+#include <cstdlib>
+#include <cstring>
 #include <fcntl.h>
+#include <memory>
 #include <poll.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
@@ -117,6 +120,14 @@ void LinuxProcesses::ChangeDrive(const std::string& strDrive) {
     if (!strDrive.empty() && !IsKnownDrive(strDrive.front(), drives_)) {
         throw RuntimeFailure(FailureKind::PathNotFound);
     }
+}
+
+std::string LinuxProcesses::CurrentDirectory() {
+    const std::unique_ptr<char, void (*)(void*)> found(::getcwd(nullptr, 0), std::free);
+    if (!found || std::strchr(found.get(), '\\') != nullptr) {
+        throw RuntimeFailure(FailureKind::PathNotFound);
+    }
+    return found.get();
 }
 
 void LinuxProcesses::ChangeDirectory(const std::string& strFolder) {

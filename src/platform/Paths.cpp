@@ -30,6 +30,17 @@ std::string WithSlashes(std::string_view strText) {
     return strPath;
 }
 
+std::string WithBackslashes(std::string_view strText) {
+    std::string strPath(strText);
+    std::replace(strPath.begin(), strPath.end(), '/', '\\');
+    return strPath;
+}
+
+/// What of a drive's folder stands in front of the "/" that begins a path below it.
+size_t LengthOfRoot(const std::string& strFolder) {
+    return strFolder == "/" ? 0 : strFolder.size();
+}
+
 } // namespace
 
 DriveTable DefaultDrives() {
@@ -56,6 +67,32 @@ std::optional<std::string> NativePath(std::string_view strText, const DriveTable
     std::string strPath = drive->second == "/" ? std::string() : drive->second;
     strPath += WithSlashes(strText.substr(2));
     return strPath.empty() ? std::string("/") : strPath;
+}
+
+std::string DriveForm(std::string_view strText, const DriveTable& drives) {
+    if (DriveLetterOf(strText) != '\0') {
+        return WithBackslashes(strText);
+    }
+    if (strText.empty() || strText.front() != '/') {
+        return std::string(strText);
+    }
+    char letter = '\0';
+    size_t nDeepest = 0;
+    for (const auto& [driveLetter, strFolder] : drives) {
+        const size_t nFolder = LengthOfRoot(strFolder);
+        const bool bHolds = !strFolder.empty() &&
+                            strText.substr(0, nFolder) == strFolder.substr(0, nFolder) &&
+                            (strText.size() == nFolder || strText[nFolder] == '/');
+        if (bHolds && (letter == '\0' || nFolder > nDeepest)) {
+            letter = driveLetter;
+            nDeepest = nFolder;
+        }
+    }
+    if (letter == '\0') {
+        return std::string(strText);
+    }
+    const std::string strRest = WithBackslashes(strText.substr(nDeepest));
+    return std::string(1, letter) + ":" + (strRest.empty() ? "\\" : strRest);
 }
 
 std::string WithoutEndSeparators(std::string strNative) {

@@ -1,6 +1,6 @@
-// From the system's texts to native paths. Plain text work: what drives there are is handed in.
-// LinuxFiles and its neighbours use it with the drives of the host file, the files in memory of
-// the tests with a table of their own.
+// From the system's texts to native paths, and back to drive form. Plain text work: what drives
+// there are is handed in. LinuxFiles and its neighbours use it with the drives of the host file,
+// the files in memory of the tests with a table of their own.
 #pragma once
 
 #include <map>
@@ -25,6 +25,11 @@ bool IsKnownDrive(char letter, const DriveTable& drives);
 /// text, a zero byte, an unknown drive, or a network path (two backslashes in front): these are
 /// paths that don't exist.
 std::optional<std::string> NativePath(std::string_view strText, const DriveTable& drives);
+
+/// The text in drive form. A native path ("/" in front) goes to the drive whose folder holds it,
+/// the deepest one where several do; under no drive it stays as it is. A text with a drive in front
+/// has its "/" turned into "\". Every other text, relative or of a network, stays as it is.
+std::string DriveForm(std::string_view strText, const DriveTable& drives);
 
 /// A native path without any "/" at its end; the root stays.
 std::string WithoutEndSeparators(std::string strNative);

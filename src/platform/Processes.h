@@ -28,6 +28,10 @@ class Processes {
     /// are whole. Throws PathNotFound for an unknown drive; an empty text changes nothing.
     virtual void ChangeDrive(const std::string& strDrive) = 0;
 
+    /// The current folder, as a native path without a separator at its end. Throws PathNotFound
+    /// when it is gone, or has a "\" in its name and so no text that leads back to it.
+    virtual std::string CurrentDirectory() = 0;
+
     /// Makes the folder the current one; throws PathNotFound.
     virtual void ChangeDirectory(const std::string& strFolder) = 0;
 

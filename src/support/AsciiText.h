@@ -61,6 +61,14 @@ std::string ToDecimal(Number value) {
     return std::string(digits, end.ptr);
 }
 
+/// The shortest decimal text that reads back as the number, without an exponent: "1.5", "2".
+inline std::string ToDecimal(double dValue) {
+    char digits[400]; // the smallest numbers take some 340 characters
+    const auto end =
+        std::to_chars(digits, digits + sizeof digits, dValue, std::chars_format::fixed);
+    return std::string(digits, end.ptr);
+}
+
 /// The same value in another width; throws Overflow where it doesn't fit.
 template <std::integral Number, std::integral From>
 constexpr Number Narrow(From value) {

@@ -27,7 +27,7 @@ const char* NameOf(Op op) noexcept {
         "SetAttributes",     "StaysInside",
         "ReadProfileString", "WriteProfileString",
         "StartHidden",       "ChangeDrive",
-        "ChangeDirectory",
+        "ChangeDirectory",   "CurrentDirectory",
     };
     return op < Op::Count_ ? names[static_cast<size_t>(op)] : "";
 }

@@ -57,6 +57,7 @@ enum class Op : uint8_t {
     StartHidden,
     ChangeDrive,
     ChangeDirectory,
+    CurrentDirectory,
     Count_
 };
 

@@ -51,6 +51,7 @@ class SimFiles : public Files {
                     bool bOverwrite) override;
     void SetAttributes(const std::string& strPath, int32_t lAttributes) override;
     bool StaysInside(const std::string& strBaseFolder, const std::string& strPath) override;
+    const DriveTable& Drives() const override { return drives_; }
 
     // What follows is for tests; it costs nothing, counts nowhere and meets no fault.
 
@@ -86,7 +87,6 @@ class SimFiles : public Files {
     int64_t TotalBytes() const;
 
     void SetDrives(DriveTable drives) { drives_ = std::move(drives); }
-    const DriveTable& Drives() const { return drives_; }
     /// Where relative native paths begin; the home folder at first. Throws PathNotFound.
     void SetCurrentFolder(const std::string& strFolder);
     const std::string& CurrentFolder() const { return strCurrent_; }

@@ -68,6 +68,16 @@ void SimProcesses::ChangeDrive(const std::string& strDrive) {
     }
 }
 
+std::string SimProcesses::CurrentDirectory() {
+    const Fault* fault = ledger_.Enter(Op::CurrentDirectory);
+    const std::string& strFolder = files_.CurrentFolder();
+    if (fault != nullptr || !files_.Exists(strFolder)) {
+        throw RuntimeFailure(fault != nullptr ? fault->kind.value_or(FailureKind::PathNotFound)
+                                              : FailureKind::PathNotFound);
+    }
+    return strFolder;
+}
+
 void SimProcesses::ChangeDirectory(const std::string& strFolder) {
     const Fault* fault = ledger_.Enter(Op::ChangeDirectory);
     Note("ChangeDirectory", strFolder);

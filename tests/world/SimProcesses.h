@@ -26,6 +26,7 @@ class SimProcesses : public Processes {
     int32_t StartHidden(const std::string& strCommandLine) override;
     void WaitForExit(int32_t lProcessId) override;
     void ChangeDrive(const std::string& strDrive) override;
+    std::string CurrentDirectory() override;
     void ChangeDirectory(const std::string& strFolder) override;
     std::string ProgramFolder() override;
 
