@@ -52,7 +52,8 @@ QString MessageText(std::string_view strBytes) {
 }
 
 std::string BytesOf(const QString& strText) {
-    return strText.toStdString();
+    const std::string strBytes = strText.toStdString();
+    return strBytes.substr(0, strBytes.find_first_of(std::string_view("\r\n\0", 3)));
 }
 
 } // namespace brennik

@@ -16,7 +16,8 @@ QString LineText(std::string_view strBytes);
 /// The same for texts of several lines: CR LF and LF stay line ends.
 QString MessageText(std::string_view strBytes);
 
-/// What the user typed, as UTF-8.
+/// What the user typed, as UTF-8. A line end, which can only come with a pasted text, ends it: no
+/// value of a file could hold one.
 std::string BytesOf(const QString& strText);
 
 } // namespace brennik

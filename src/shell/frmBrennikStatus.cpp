@@ -198,8 +198,8 @@ void frmBrennikStatus::UpdateProgressBar(QProgressBar& oBar, int32_t lMin, int32
     if (lTotal < 1)
         return;
     const double dValue = static_cast<double>(lValue) / lTotal * lMax;
-    if (dValue <= lMax)
-        oBar.setValue(static_cast<int>(dValue)); // below lMin the bar takes nothing
+    if (dValue >= lMin && dValue <= lMax)
+        oBar.setValue(static_cast<int>(dValue));
 }
 
 void frmBrennikStatus::ListNewFiles() {

@@ -26,7 +26,7 @@ class frmBrennikStatus : public QDialog {
     void reject() override;
 
     /// Shows how much of a file has come: lValue of lTotal, as a part of lMax. A total of 0 or less
-    /// and a value above the total leave the bar where it was.
+    /// and a value outside the bar leave it where it was.
     static void UpdateProgressBar(QProgressBar& oBar, int32_t lMin, int32_t lMax, int32_t lValue,
                                   int32_t lTotal);
 

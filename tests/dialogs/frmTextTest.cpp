@@ -63,6 +63,12 @@ TEST(FrmText, KeepsTheLineEndsOfAMessage) {
     EXPECT_EQ(Message(""), "");
 }
 
+TEST(FrmText, GivesTheFirstLineOfWhatWasPasted) {
+    EXPECT_EQ(BytesOf(QStringLiteral("one\ntwo")), "one");
+    EXPECT_EQ(BytesOf(QStringLiteral("one\r\n")), "one");
+    EXPECT_EQ(BytesOf(QString(QChar(u'\0')) + QStringLiteral("x")), "");
+}
+
 TEST(FrmText, GivesWhatWasTypedAsUtf8) {
     EXPECT_EQ(BytesOf(QStringLiteral("Gr\u00F6\u00DFe")), "Gr\xC3\xB6\xC3\x9F"
                                                           "e");

@@ -20,7 +20,6 @@ using session::Open;
 using session::Write;
 using testing::HasSubstr;
 using testing::Not;
-using windows::Named;
 
 const std::string kSuccess = "Communications with Brennik Server completed successfully";
 

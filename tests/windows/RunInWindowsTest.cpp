@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <QLineEdit>
+#include <QListWidget>
 #include <QMessageBox>
 #include <QProgressBar>
 #include <set>
@@ -77,6 +78,15 @@ TEST_F(RunInWindows, ReportsAFailureWithItsTextInOneBox) {
     });
     EXPECT_EQ(user.boxes, std::vector<std::string>{kFailure + "Brennik download failed."});
     EXPECT_EQ(user.titles, std::vector<std::string>{"Ostrand Brennik Client"});
+}
+
+TEST_F(RunInWindows, RunsTheProfileThatWasPickedUnderItsNumber) {
+    WriteProfiles({{}, {}});
+    ExpectPick([](QWidget& picker) { Named<QListWidget>(picker, "lstProfile").setCurrentRow(1); });
+    ExpectStatus();
+    ExpectBox();
+    Item(1).trigger();
+    EXPECT_EQ(Log()[1], "INFO   : Brennik Profile=2");
 }
 
 TEST_F(RunInWindows, UsesANewEngineEachTime) {

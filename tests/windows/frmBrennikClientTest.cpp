@@ -88,12 +88,12 @@ TEST_F(FrmBrennikClient, LetsItsColumnsKeepUsefulWidths) {
 
 TEST_F(FrmBrennikClient, ListsAFileWithTheMomentOfTheListing) {
     MainWindow().AddDownloadedFile("C:\\srv\\pos\\", "readme.txt");
-    host.RunFor(61 * world::kSecond);
+    host.RunFor(62 * world::kSecond);
     MainWindow().AddDownloadedFile("C:\\srv\\pos\\F\\2\\", "notes.txt");
     EXPECT_EQ(Lines(), (std::vector<std::string>{"C:\\srv\\pos\\|readme.txt",
                                                  "C:\\srv\\pos\\F\\2\\|notes.txt"}));
     EXPECT_EQ(Line(0)->text(0).toStdString(), "14/11/2026 12:00:00");
-    EXPECT_EQ(Line(1)->text(0).toStdString(), "14/11/2026 12:01:01");
+    EXPECT_EQ(Line(1)->text(0).toStdString(), "14/11/2026 12:01:02");
     EXPECT_EQ(Line(0)->data(0, Qt::UserRole).toString().toStdString(), "K1");
     EXPECT_EQ(Line(1)->data(0, Qt::UserRole).toString().toStdString(), "K2");
 }

@@ -168,6 +168,7 @@ TEST_F(FrmBrennikStatus, MovesTheBarOnlyToWhereItMakesSense) {
         {5, -10, kBefore}, // a total below 1
         {-5, -10, kBefore},
         {-500, 1000, kBefore},
+        {INT32_MIN, 1, kBefore},
     };
     for (const BarCase& bar : cases) {
         Bar().setRange(0, 7);
@@ -180,6 +181,9 @@ TEST_F(FrmBrennikStatus, MovesTheBarOnlyToWhereItMakesSense) {
     }
     frmBrennikStatus::UpdateProgressBar(Bar(), 0, 200, 1, 2);
     EXPECT_EQ(Bar().maximum(), 200);
+    EXPECT_EQ(Bar().value(), 100);
+    frmBrennikStatus::UpdateProgressBar(Bar(), 0, 300, 1, 0);
+    EXPECT_EQ(Bar().maximum(), 300) << "the ends are set in any case";
     EXPECT_EQ(Bar().value(), 100);
 }
 

@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <QClipboard>
 #include <QComboBox>
 #include <QGroupBox>
 #include <QLabel>
@@ -167,6 +168,19 @@ TEST_F(FrmSelectProfile, TakesProfile0OfAFileWithoutProfiles) {
     RunProfile();
     EXPECT_EQ(lProfileId, 0);
     EXPECT_FALSE(host.files.Exists("/config/BrennikClient.ini"));
+}
+
+TEST_F(FrmSelectProfile, TakesTheFirstLineOfWhatIsPasted) {
+    WriteProfiles({{}});
+    QApplication::clipboard()->setText(QStringLiteral("PAY\nMode=1\n"));
+    Applications().setFocus();
+    Applications().lineEdit()->paste();
+    QApplication::clipboard()->setText(QStringLiteral("T-9\r\n"));
+    TerminalId().paste();
+    RunProfile();
+    EXPECT_TRUE(IniHolds("ApplicationID=PAY"));
+    EXPECT_TRUE(IniHolds("TerminalID=T-9"));
+    EXPECT_EQ(oConfig->strTerminalId(), "T-9");
 }
 
 TEST_F(FrmSelectProfile, WritesBlanksForTheyAreText) {
