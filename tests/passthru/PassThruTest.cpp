@@ -132,10 +132,7 @@ TEST_F(PassThru, GoesThroughASeriesOfApplicationsUpToTheLast) {
 
 TEST_F(PassThru, ServesTheLocalListAndGoesOnWithANewCycle) {
     AnswerStatusQueries();
-    config.strTmsAppFolder("/tms");
-    host.files.Put("/tms/download.txt", "a.txt\r\n");
-    host.files.Put("/tms/a.txt", "text");
-    Ask(DeviceRequest("XDL", "F"));
+    AskForLocalList();
     device.On("ENQ", {CrcFrame(DeviceRequest("XDL", "F")), CrcFrame(DeviceRequest("XDL", "P"))});
     Serve(EditedRequest("XDL", "P"), {"S"});
     EXPECT_EQ(Run(), 0);
@@ -151,15 +148,14 @@ TEST_F(PassThru, ServesTheLocalListAndGoesOnWithANewCycle) {
 TEST_F(PassThru, PassesAnEnquiryAndGoesOnWithoutAWait) {
     device.On("ENQ", {CrcFrame(kEnquiry), CrcFrame(DeviceRequest("XDL", "P"))});
     device.Always("[]", "\x06");
-    const std::string strReply = "3.9,9,A,a,b,c,d,e,fine";
-    server.On("[" + kEditedEnquiry + "]", {Saying("\x06" + CrcFrame(strReply))});
+    server.On("[" + kEditedEnquiry + "]", {Saying("\x06" + CrcFrame(kAccepted))});
     server.On("[" + EditedRequest("XDL", "P") + "]", {Saying("\x06" + CrcFrame("S"))});
     const world::Microseconds begin = host.Now();
     EXPECT_EQ(Run(), 0);
     EXPECT_LT(host.Now() - begin, 2 * kSecond);
     EXPECT_THAT(wires,
                 ElementsAre("D:ENQ", "S:[" + kEditedEnquiry + "]", "S:ACK", "D:ACK",
-                            "D:[" + strReply + "]", "D:ENQ",
+                            "D:[" + kAccepted + "]", "D:ENQ",
                             "S:[" + EditedRequest("XDL", "P") + "]", "D:ACK", "D:[S]", "S:ACK"));
     EXPECT_EQ(LogWith("STATE=TMSENQUIRY").size(), 1u);
     EXPECT_THAT(LogWith("[C]"), ElementsAre("[C] State=PASSTHRU_ST_TMSENQUIRY, lTries=1, Waiting "
@@ -168,21 +164,15 @@ TEST_F(PassThru, PassesAnEnquiryAndGoesOnWithoutAWait) {
 }
 
 TEST_F(PassThru, CarriesOutTheRequestThatFollowsARefusedEnquiry) {
-    device.On("ENQ", {CrcFrame(kEnquiry)});
-    const std::string strRefusal = "3.9,9,E,a,b,c,d,e,not known";
-    const std::string strFallback = DeviceRequest("XDL", "P");
-    server.On("[" + kEditedEnquiry + "]", {Saying("\x06" + CrcFrame(strRefusal))});
-    device.On("[" + strRefusal + "]", {Saying("\x06" + CrcFrame(strFallback))});
-    device.Always("[]", "\x06");
+    FallBack();
     server.On("[" + EditedRequest("XDL", "P") + "]", {Saying("\x06" + CrcFrame(Open("a.bin", 4)))});
     server.On("ACK", {"", CrcFrame(Write("data")), CrcFrame("C"), CrcFrame("S")});
     EXPECT_EQ(Run(), 1) << "however the relay went";
     ExpectError(1000030, "not known");
-    EXPECT_THAT(wires,
-                ElementsAre("D:ENQ", "S:[" + kEditedEnquiry + "]", "S:ACK", "D:ACK",
-                            "D:[" + strRefusal + "]", "S:[" + EditedRequest("XDL", "P") + "]",
-                            "S:ACK", "D:ACK", "D:[" + Open("a.bin", 4) + "]", "S:ACK",
-                            "D:[" + Write("data") + "]", "S:ACK", "D:[C]", "S:ACK", "D:[S]"))
+    EXPECT_THAT(wires, ElementsAre("D:ENQ", "S:[" + kEditedEnquiry + "]", "S:ACK", "D:ACK",
+                                   "D:[" + kRefused + "]", "S:[" + EditedRequest("XDL", "P") + "]",
+                                   "S:ACK", "D:ACK", "D:[" + Open("a.bin", 4) + "]", "S:ACK",
+                                   "D:[" + Write("data") + "]", "S:ACK", "D:[C]", "S:ACK", "D:[S]"))
         << "the links acknowledge by themselves";
     EXPECT_EQ(engine->lCurrentState(), BrennikState::UploadingFile);
     EXPECT_TRUE(LogWith("ERROR").empty());
@@ -190,11 +180,7 @@ TEST_F(PassThru, CarriesOutTheRequestThatFollowsARefusedEnquiry) {
 }
 
 TEST_F(PassThru, AnUnsuccessfulRelayBehindARefusedEnquiryIsNoError) {
-    device.On("ENQ", {CrcFrame(kEnquiry)});
-    const std::string strRefusal = "3.9,9,E,a,b,c,d,e,not known";
-    server.On("[" + kEditedEnquiry + "]", {Saying("\x06" + CrcFrame(strRefusal))});
-    device.On("[" + strRefusal + "]", {Saying("\x06" + CrcFrame(DeviceRequest("XDL", "P")))});
-    device.Always("[]", "\x06");
+    FallBack();
     server.On("[" + EditedRequest("XDL", "P") + "]", {Saying("\x06" + CrcFrame("U"))});
     EXPECT_EQ(Run(), 1);
     ExpectError(1000030, "Brennik upload failed.");
@@ -234,22 +220,8 @@ TEST_F(PassThru, GivesTheDeviceTheServersVerdictOnItsRequest) {
 // ---- The extra reboot of a device that is told to download.
 
 TEST_F(PassThru, MakesOneExtraRebootCycleForAPedDownload) {
-    config.bPedDownload(true);
     AnswerStatusQueries();
-    device.Always("[]", "\x06");
-    device.ExpectLrc(true);
-    const std::string strAgreed = "\x06" + LrcFrame("3.9,1,T,Q,0,0,,,A");
-    device.On("[3.9,2,U,Q,0,0,,,T,]", {Saying(strAgreed), Saying(strAgreed)});
-    int32_t nAcks = 0;
-    device.onHeard = [&, note = device.onHeard](const std::string& strText) {
-        note(strText);
-        // The ACK of its agreement is followed by its request, that of a status reply by nothing.
-        if (strText == "ACK" && (nAcks == 0 || nAcks == 3)) {
-            device.ExpectLrc(false);
-            device.Say(CrcFrame(DeviceRequest("XDL", "F")));
-        }
-        nAcks += strText == "ACK" ? 1 : 0;
-    };
+    TellToDownload();
     server.On("[" + EditedRequest("XDL", "F") + "]",
               {Saying("\x06" + CrcFrame("S")), Saying("\x06" + CrcFrame("S"))});
     EXPECT_EQ(Run(), 0);
@@ -316,25 +288,15 @@ TEST_F(PassThru, EndsBehindAFrameThatItDoesNotUnderstand) {
     }
 }
 
-TEST_F(PassThru, TakesTheTextsOfAnUploadsFailuresFromTheOtherLink) {
-    config.lPassThruType(1);
-    device.ExpectLrc(true);
-    device.On("[3.9,3,U,Q,0,0,,,U,0]", {Saying("\x06" + LrcFrame("3.9,1,U,Q,0,0,,,A"))});
-    // The device falls silent behind its request: its link times out, and the text is that of the
-    // server's link, which has none.
-    device.On("ACK", {CrcFrame(DeviceRequest("XUL", "F"))});
-    server.Always("[]", "\x06");
+TEST_F(PassThru, TakesTheTextOfADeviceThatFallsSilentInAnUploadFromTheServersLink) {
+    Upload({}); // its own link times out, the server's has no text
     EXPECT_EQ(Run(), 1);
     ExpectError(0, "");
     EXPECT_THAT(LogWith("ERROR"), ElementsAre("ERROR  : Error Code=0, Error Message="));
 }
 
 TEST_F(PassThru, EndsAnUploadByItsOwnText) {
-    config.lPassThruType(1);
-    device.ExpectLrc(true);
-    device.On("[3.9,3,U,Q,0,0,,,U,0]", {Saying("\x06" + LrcFrame("3.9,1,U,Q,0,0,,,A"))});
-    device.On("ACK", {CrcFrame(DeviceRequest("XUL", "F")), CrcFrame("U")});
-    server.Always("[]", "\x06");
+    Upload({"U"});
     EXPECT_EQ(Run(), 1);
     ExpectError(1000030, "Brennik upload failed.");
 }
