@@ -6,7 +6,7 @@ namespace brennik::passthru {
 namespace {
 
 using ::testing::ElementsAre;
-using ::testing::ElementsAreArray;
+using ::testing::IsEmpty;
 
 // The record and its hash, worked out apart: SHA-1 over "KEY,5,20301231,PT7".
 const std::string kFields = "KEY,5,20301231";
@@ -208,6 +208,71 @@ TEST_F(KeyInjection, TellsAFailureOnSilenceBehindTheOpenPacketAndTheLastClose) {
     }
 }
 
+// ---- What the device said last.
+
+TEST_F(KeyInjection, TakesAwayWhatTheDeviceSaidLast) {
+    AnswerFrame(5, "\x06\x15"); // the close of the file
+    EXPECT_EQ(Run(), 0);
+    EXPECT_THAT(LogWith("Flushed"), ElementsAre("Flushed Buffer: strData=<NAK>"));
+    EXPECT_EQ(server.Count("NAK"), 0) << "it doesn't reach the relay";
+    EXPECT_THAT(LogWith("key"), ElementsAre(kStarting, kDone));
+    const Lines log = Log();
+    EXPECT_EQ(std::find(log.begin(), log.end(), kDone) + 1,
+              std::find(log.begin(), log.end(), "Flushed Buffer: strData=<NAK>"));
+}
+
+TEST_F(KeyInjection, TakesItAwayBehindARefusedGroupToo) {
+    AnswerFrame(1, "\x15\x15");
+    EXPECT_EQ(Run(), 0);
+    EXPECT_THAT(LogWith("Flushed"), ElementsAre("Flushed Buffer: strData=<NAK>"));
+    EXPECT_EQ(server.Count("NAK"), 0);
+}
+
+TEST_F(KeyInjection, TakesItAwayBehindKeysThatArentValidToo) {
+    PutKey("", "5", "20301231");
+    // Said while the verdict is under way: it lies there when the injection begins.
+    device.onHeard = [this, note = device.onHeard](const std::string& strText) {
+        note(strText);
+        if (strText == "ACK")
+            device.Say("\x15");
+    };
+    EXPECT_EQ(Run(), 0);
+    EXPECT_THAT(LogWith("Flushed"), ElementsAre("Flushed Buffer: strData=<NAK>"));
+    EXPECT_EQ(server.Count("NAK"), 0);
+}
+
+TEST_F(KeyInjection, TakesItAwayBehindAFailureThatIsTold) {
+    AnswerFrame(2, "\x06\x15");
+    // Poll, verdict, group and its close go out; the open packet doesn't.
+    host.FailNext(Op::ComWrite, {.lLastError = 5}, 1, 4);
+    EXPECT_EQ(Run(), 0);
+    EXPECT_THAT(LogWith("key"), ElementsAre(kStarting, kFailed));
+    EXPECT_THAT(LogWith("Flushed"), ElementsAre("Flushed Buffer: strData=<NAK>"));
+}
+
+TEST_F(KeyInjection, LeavesItToTheRelayBehindASilentEnd) {
+    // The group's packet, its close, and the data: what was said ahead of the one that fails.
+    for (const int32_t nFrame : {2, 4}) {
+        SCOPED_TRACE(nFrame);
+        host.files.Remove("/log/run.log");
+        device.Forget();
+        server.Forget();
+        Ask(DeviceRequest("XDL", "F"));
+        Serve(EditedRequest("XDL", "F"), {"S"});
+        server.On("NAK", {CrcFrame("S")});
+        const auto note = device.onHeard;
+        AnswerFrame(nFrame - 1, "\x06\x15");
+        host.FailNext(Op::ComWrite, {.lLastError = 5}, 1, nFrame + 1);
+        EXPECT_EQ(Run(), 0);
+        device.onHeard = note;
+        EXPECT_THAT(LogWith("key"), ElementsAre(kStarting));
+        EXPECT_THAT(LogWith("Flushed"), IsEmpty()) << "meant";
+        EXPECT_EQ(server.Count("NAK"), 1) << "taken for the answer to the server's first frame";
+        EXPECT_EQ(engine->strErrorMessage(), "Failed writing data to the opened port");
+        EXPECT_EQ(engine->lErrorCode(), 5) << "left behind";
+    }
+}
+
 // ---- Resume replies.
 
 TEST_F(KeyInjection, SendsTheTailOfTheRecordBehindAResumeReply) {
@@ -256,6 +321,14 @@ TEST_F(KeyInjection, EndsWithoutAWordOnMalformedDigits) {
     EXPECT_THAT(Outcome(), ElementsAre(kStarting));
 }
 
+TEST_F(KeyInjection, TellsAFailureWhenTheCloseOfAWholeFileFails) {
+    AnswerFrame(3, "\x02RFF\x03"); // more than there is
+    host.FailNext(Op::ComWrite, {.lLastError = 5}, 1, 5);
+    EXPECT_EQ(Run(), 0);
+    EXPECT_THAT(Injected(), ElementsAre(GroupOpen(), "C", KeyOpen()));
+    EXPECT_THAT(Outcome(), ElementsAre(kStarting, kFailed));
+}
+
 // ---- When there is one at all.
 
 TEST_F(KeyInjection, GoesIntoFullDownloadsOnly) {
@@ -270,6 +343,43 @@ TEST_F(KeyInjection, GoesIntoTheLastApplicationOfASeries) {
     Serve(EditedRequest("XCDL", "F"), {"S"});
     EXPECT_EQ(Run(), 0);
     EXPECT_THAT(Outcome(), ElementsAre(kStarting, kDone));
+}
+
+TEST_F(KeyInjection, GoesIntoEachApplicationOfASeries) {
+    AnswerStatusQueries();
+    device.Always("[]", "\x06");
+    device.On("ENQ", {CrcFrame(DeviceRequest("XCDL", "F")), CrcFrame(DeviceRequest("XCDLF", "F"))});
+    server.On("[" + EditedRequest("XCDL", "F") + "]",
+              {Saying("\x06" + CrcFrame("S")), Saying("\x06" + CrcFrame("S"))});
+    EXPECT_EQ(Run(), 0);
+    EXPECT_THAT(Outcome(), ElementsAre(kStarting, kDone, kStarting, kDone));
+}
+
+TEST_F(KeyInjection, GoesIntoAForcedFullDownload) {
+    config.lPassThruType(2);
+    device.ExpectLrc(true);
+    device.On("[3.9,2,U,Q,0,0,,,F,]", {Saying("\x06" + LrcFrame("3.9,1,T,Q,0,0,,,A"))});
+    device.On("ACK", {CrcFrame(DeviceRequest("XDL", "F"))});
+    device.onHeard = [this, note = device.onHeard](const std::string& strText) {
+        note(strText);
+        if (strText == "ACK")
+            device.ExpectLrc(false);
+    };
+    Serve("VFI,VX520,XDL,F,APP,T1,EPROM,1024,4096,PT7,,", {"S"});
+    EXPECT_EQ(Run(), 0);
+    EXPECT_THAT(Outcome(), ElementsAre(kStarting, kDone));
+}
+
+TEST_F(KeyInjection, GoesIntoNoUpload) {
+    Upload({"S"});
+    EXPECT_EQ(Run(), 0);
+    EXPECT_THAT(Outcome(), ElementsAre());
+}
+
+TEST_F(KeyInjection, GoesIntoNoDownloadWhoseRequestTheServerDidNotGet) {
+    host.FailNext(Op::Send);
+    EXPECT_EQ(Run(), 1);
+    EXPECT_THAT(Outcome(), ElementsAre());
 }
 
 TEST_F(KeyInjection, IsLeftOutWithoutTheProfilesWord) {
