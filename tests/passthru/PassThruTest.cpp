@@ -322,6 +322,65 @@ TEST_F(PassThru, KeepsTheStateOfAnUploadThatTheDeviceRefused) {
     EXPECT_EQ(LogWith("[B] State=PASSTHRU_ST_UPLOADFILES").size(), 1u) << "stops at once";
 }
 
+TEST_F(PassThru, KeepsTheStateOfAForcedDownloadThatTheDeviceRefused) {
+    config.lPassThruType(2);
+    device.ExpectLrc(true);
+    device.On("[3.9,2,U,Q,0,0,,,F,]", {Saying("\x06" + LrcFrame("3.9,1,T,Q,0,0,,,N"))});
+    EXPECT_EQ(Run(), 1);
+    ExpectError(1000032, "Quayminder does not authorise upload of files");
+    EXPECT_EQ(LogWith("[B] State=PASSTHRU_ST_FULLDOWNLOAD").size(), 1u);
+    EXPECT_EQ(nServerConnections, 0);
+}
+
+TEST_F(PassThru, PassesARequestOfAnotherKindAsItCame) {
+    Ask(DeviceRequest("XUL", "F"));
+    Serve(DeviceRequest("XUL", "F"), {"S"});
+    EXPECT_EQ(Run(), 0);
+    EXPECT_EQ(LogWith("[B] State=PASSTHRU_ST_PARTIALDOWNLOAD").size(), 1u);
+}
+
+// ---- Times and attempts, which are those of the profile on both sides.
+
+TEST_F(PassThru, WaitsForAFrameOfTheServerAsOftenAndAsLongAsTheProfileSays) {
+    config.lReadPacketAttempts(2);
+    config.lReadPacketTimeout(7);
+    Ask(DeviceRequest("XDL", "P"));
+    Serve(EditedRequest("XDL", "P"), {});
+    const world::Microseconds begin = host.Now();
+    EXPECT_EQ(Run(), 1);
+    EXPECT_GE(host.Now() - begin, 21 * kSecond);
+    EXPECT_LT(host.Now() - begin, 22 * kSecond);
+}
+
+TEST_F(PassThru, WaitsForAFrameOfTheDeviceAsOftenAndAsLongAsTheProfileSays) {
+    config.lReadPacketAttempts(2);
+    config.lReadPacketTimeout(7);
+    Upload({});
+    const world::Microseconds begin = host.Now();
+    EXPECT_EQ(Run(), 1);
+    EXPECT_GE(host.Now() - begin, 21 * kSecond);
+    EXPECT_LT(host.Now() - begin, 22 * kSecond);
+}
+
+TEST_F(PassThru, WaitsForAnAnswerOfTheDeviceAsLongAsTheProfileSays) {
+    config.lCharTimeout(11);
+    Download("XDL", "P");
+    device.On("[" + Open("a.bin", 4) + "]", {""});
+    const world::Microseconds begin = host.Now();
+    EXPECT_EQ(Run(), 1);
+    EXPECT_GE(host.Now() - begin, 10 * kSecond); // its end is a whole second
+    EXPECT_LT(host.Now() - begin, 12 * kSecond);
+}
+
+TEST_F(PassThru, SendsARefusedEnquiryAsOftenAsTheProfileSays) {
+    config.lSendPacketAttempts(4);
+    device.On("ENQ", {CrcFrame(kEnquiry)});
+    server.Always("[]", "\x15");
+    EXPECT_EQ(Run(), 1);
+    EXPECT_EQ(server.Count("[" + kEditedEnquiry + "]"), 4);
+    ExpectError(0, "");
+}
+
 // ---- Cancel.
 
 TEST_F(PassThru, SeesACancelInARelayAtOnce) {

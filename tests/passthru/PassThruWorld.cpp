@@ -1,5 +1,7 @@
 #include "tests/passthru/PassThruWorld.h"
 
+#include "passthru/PassThruRun.h"
+
 #include <utility>
 
 namespace brennik::passthru {
@@ -129,19 +131,19 @@ void PassThruTest::Upload(const std::vector<std::string>& payloads) {
     server.Always("[]", "\x06");
 }
 
-void PassThruTest::TellToDownload() {
+void PassThruTest::TellToDownload(const std::string& strRequest) {
     config.bPedDownload(true);
     device.ExpectLrc(true);
     const std::string strCommand = std::string("[") + kDownloadCommand + "]";
     device.Always(strCommand, "\x06" + LrcFrame("3.9,1,T,Q,0,0,,,A"));
     device.Always("[]", "\x06");
-    device.onHeard = [this, strCommand, bAgreed = false,
+    device.onHeard = [this, strCommand, strRequest, bAgreed = false,
                       note = device.onHeard](const std::string& strText) mutable {
         note(strText);
         // The ACK of its agreement is followed by its request, that of a status reply by nothing.
         if (strText == "ACK" && bAgreed) {
             device.ExpectLrc(false);
-            device.Say(CrcFrame(DeviceRequest("XDL", "F")));
+            device.Say(CrcFrame(strRequest));
         }
         if (strText == "ACK" || strText == strCommand)
             bAgreed = strText == strCommand;
@@ -193,6 +195,7 @@ int32_t PassThruTest::Run() {
     engine = std::make_unique<TBrennikProtocol>();
     const int32_t lResult = engine->DoBrennikProtocol(config, "C:\\config", 7);
     host.RunFor(10 * kMillisecond); // what is still under way arrives
+    EXPECT_TRUE(LogWith(PassThruStateName(PASSTHRU_ST_ERROR)).empty());
     return lResult;
 }
 

@@ -53,8 +53,8 @@ class PassThruTest : public world::WorldTest {
     /// behind the ACK of its request, each further one behind that of the one before. The server
     /// acknowledges every frame.
     void Upload(const std::vector<std::string>& payloads);
-    /// The profile has the device told to download; it agrees each time and asks for a full one.
-    void TellToDownload();
+    /// The profile has the device told to download; it agrees each time and asks so.
+    void TellToDownload(const std::string& strRequest = DeviceRequest("XDL", "F"));
     /// The profile has a local list of one file, for which the device asks when it is polled.
     void AskForLocalList();
     /// The device asks by an enquiry when it is polled for the next time, to which the server
@@ -70,6 +70,7 @@ class PassThruTest : public world::WorldTest {
     /// A cancel is asked for as soon as that is heard, told as in the list of the wires.
     void CancelAt(const std::string& strHeard);
 
+    /// The state that only has a name never stands in the log of a run.
     int32_t Run();
 
     /// The log without dates and tags; "INFO   : " is left out.
