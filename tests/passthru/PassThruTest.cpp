@@ -217,7 +217,38 @@ TEST_F(PassThru, GivesTheDeviceTheServersVerdictOnItsRequest) {
     EXPECT_EQ(device.Count("NAK"), 1);
 }
 
+TEST_F(PassThru, CopiesAnAnswerOfManyBytesAsItIs) {
+    Download("XDL", "P");
+    const std::string strAnswer = "\x02R4\x03??"; // with a check that is none
+    device.On("[" + Open("a.bin", 4) + "]", {Saying(strAnswer)});
+    server.On("bad[R4]", {CrcFrame("S")});
+    EXPECT_EQ(Run(), 0);
+    EXPECT_TRUE(server.Bytes().find(strAnswer) != std::string::npos);
+    EXPECT_EQ(device.Payloads(), (Lines{Open("a.bin", 4), "S"}));
+}
+
+TEST_F(PassThru, TellsTheProgressOfTheLastFileAlone) {
+    Ask(DeviceRequest("XDL", "P"));
+    const std::string strAppend = "o" + Open("b.bin", 9).substr(1);
+    Serve(EditedRequest("XDL", "P"),
+          {Open("a.bin", 4), Write("data"), "C", strAppend, Write("ab"), Write("cde"), "C", "S"});
+    EXPECT_EQ(Run(), 0);
+    EXPECT_EQ(engine->strDownloadFileName(), "b.bin");
+    EXPECT_EQ(engine->lDownloadFileSize(), 9);
+    EXPECT_EQ(engine->lFileBytesDownloaded(), 5);
+}
+
 // ---- The extra reboot of a device that is told to download.
+
+TEST_F(PassThru, MakesNoExtraRebootBehindAnUpload) {
+    config.bPedDownload(true);
+    Upload({"S"});
+    EXPECT_EQ(Run(), 0);
+    EXPECT_THAT(LogWith("State="),
+                ElementsAre("State=PASSTHRU_ST_UPLOADFILES",
+                            "[B] State=PASSTHRU_ST_UPLOADFILES, Exiting now as session is "
+                            "complete"));
+}
 
 TEST_F(PassThru, MakesOneExtraRebootCycleForAPedDownload) {
     AnswerStatusQueries();
@@ -277,15 +308,26 @@ TEST_F(PassThru, EndsWithTheServersRefusalInADownload) {
 }
 
 TEST_F(PassThru, EndsBehindAFrameThatItDoesNotUnderstand) {
-    for (const std::string strPayload : {"X", ""}) {
-        wires.clear();
-        Ask(DeviceRequest("XDL", "P"));
-        Serve(EditedRequest("XDL", "P"), {strPayload});
-        EXPECT_EQ(Run(), 1);
-        ExpectError(1000022, "Unknown brennik packet type");
-        EXPECT_EQ(wires.at(wires.size() - 2), "D:[" + strPayload + "]");
-        EXPECT_EQ(wires.back(), "S:ACK");
-    }
+    Ask(DeviceRequest("XDL", "P"));
+    Serve(EditedRequest("XDL", "P"), {"X", "S"});
+    EXPECT_EQ(Run(), 1);
+    ExpectError(1000022, "Unknown brennik packet type");
+    EXPECT_THAT(Lines(wires.end() - 2, wires.end()), ElementsAre("D:[X]", "S:ACK"));
+}
+
+TEST_F(PassThru, EndsBehindAnEmptyFrameOnceItIsDelivered) {
+    Ask(DeviceRequest("XDL", "P"));
+    Serve(EditedRequest("XDL", "P"), {"", "S"});
+    EXPECT_EQ(Run(), 1);
+    ExpectError(1000022, "Unknown brennik packet type");
+    EXPECT_THAT(Lines(wires.end() - 2, wires.end()), ElementsAre("D:[]", "S:ACK"));
+}
+
+TEST_F(PassThru, EndsAnUploadBehindAnEmptyFrameOnceItIsDelivered) {
+    Upload({"", "S"});
+    EXPECT_EQ(Run(), 1);
+    ExpectError(1000022, "Unknown brennik packet type");
+    EXPECT_THAT(Lines(wires.end() - 2, wires.end()), ElementsAre("S:[]", "D:ACK"));
 }
 
 TEST_F(PassThru, TakesTheTextOfADeviceThatFallsSilentInAnUploadFromTheServersLink) {
