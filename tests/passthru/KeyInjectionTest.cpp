@@ -419,15 +419,7 @@ TEST_F(KeyInjection, GoesIntoEachApplicationOfASeries) {
 }
 
 TEST_F(KeyInjection, GoesIntoAForcedFullDownload) {
-    config.lPassThruType(2);
-    device.ExpectLrc(true);
-    device.On("[3.9,2,U,Q,0,0,,,F,]", {Saying("\x06" + LrcFrame("3.9,1,T,Q,0,0,,,A"))});
-    device.On("ACK", {CrcFrame(DeviceRequest("XDL", "F"))});
-    device.onHeard = [this, note = device.onHeard](const std::string& strText) {
-        note(strText);
-        if (strText == "ACK")
-            device.ExpectLrc(false);
-    };
+    ForceFullDownload();
     Serve("VFI,VX520,XDL,F,APP,T1,EPROM,1024,4096,PT7,,", {"S"});
     EXPECT_EQ(Run(), 0);
     EXPECT_THAT(Outcome(), ElementsAre(kStarting, kDone));

@@ -9,7 +9,6 @@ namespace {
 using session::Open;
 using session::Write;
 using ::testing::ElementsAre;
-using ::testing::ElementsAreArray;
 
 TEST(PassThruStateName, NamesEveryStateAndNothingElse) {
     const Lines names{"PASSTHRU_ST_COMLETE",         "PASSTHRU_ST_ERROR",
@@ -65,16 +64,7 @@ TEST_F(PassThru, PassesAFullDownloadThrough) {
 }
 
 TEST_F(PassThru, ForcesAFullDownload) {
-    config.lPassThruType(2);
-    device.ExpectLrc(true);
-    device.On("[3.9,2,U,Q,0,0,,,F,]", {Saying("\x06" + LrcFrame("3.9,1,T,Q,0,0,,,A"))});
-    device.On("ACK", {CrcFrame(DeviceRequest("XDL", "F"))});
-    device.onHeard = [this, note = device.onHeard](const std::string& strText) {
-        note(strText);
-        if (strText == "ACK")
-            device.ExpectLrc(false);
-    };
-    device.Always("[]", "\x06");
+    ForceFullDownload();
     const std::string strEdited = "VFI,VX520,XDL,F,APP,T1,EPROM,1024,4096,PT7,,";
     Serve(strEdited, {"S"});
     EXPECT_EQ(Run(), 0);
@@ -365,9 +355,7 @@ TEST_F(PassThru, KeepsTheStateOfAnUploadThatTheDeviceRefused) {
 }
 
 TEST_F(PassThru, KeepsTheStateOfAForcedDownloadThatTheDeviceRefused) {
-    config.lPassThruType(2);
-    device.ExpectLrc(true);
-    device.On("[3.9,2,U,Q,0,0,,,F,]", {Saying("\x06" + LrcFrame("3.9,1,T,Q,0,0,,,N"))});
+    ForceFullDownload("3.9,1,T,Q,0,0,,,N");
     EXPECT_EQ(Run(), 1);
     ExpectError(1000032, "Quayminder does not authorise upload of files");
     EXPECT_EQ(LogWith("[B] State=PASSTHRU_ST_FULLDOWNLOAD").size(), 1u);
