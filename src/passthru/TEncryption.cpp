@@ -36,10 +36,6 @@ std::string WithZero(const std::string& strText) {
     return strText + '\0';
 }
 
-size_t HalfOf(size_t nLength) {
-    return static_cast<size_t>(RoundedTiesToEven(static_cast<double>(nLength) / 2));
-}
-
 // The scrambling of visible text: v characters from the blank on, multiplied by a number of its
 // place, modulo 97.
 constexpr int32_t kModulus = 97;
@@ -133,13 +129,19 @@ int32_t TEncryption::Call(const Names& names, size_t nBuffer, std::string& strRe
     });
 }
 
-int32_t TEncryption::Transform(const Names& names, const std::string& strData, size_t nBuffer,
-                               std::string& strResult, const LibraryCall& call) {
+/// The form that AES and RSA share. The library takes what comes ahead of the data, a key or a
+/// key and a vector, in the same order.
+template <class Function, class... Ahead>
+int32_t TEncryption::Transform(const Names& names, Function function, size_t nBuffer,
+                               const std::string& strData, std::string& strResult,
+                               const Ahead&... strAhead) {
     if (strData.empty()) {
         strErrorMessage_ = kEmptyInput;
         return 1;
     }
-    return Call(names, nBuffer, strResult, call);
+    return Call(names, nBuffer, strResult, [&](std::span<char> buffer) {
+        return (Library().*function)(WithZero(strAhead)..., WithZero(strData), buffer);
+    });
 }
 
 std::string TEncryption::BufferToString(std::span<const char> buffer) {
@@ -148,6 +150,15 @@ std::string TEncryption::BufferToString(std::span<const char> buffer) {
 
 size_t TEncryption::RoundUpTo64(size_t nBytes) {
     return (nBytes + 63) / 64 * 64;
+}
+
+size_t TEncryption::EncryptBuffer(size_t nBytes) {
+    return RoundUpTo64(nBytes * 2) + 1;
+}
+
+size_t TEncryption::DecryptBuffer(size_t nLength) {
+    return RoundUpTo64(static_cast<size_t>(RoundedTiesToEven(static_cast<double>(nLength) / 2))) +
+           1;
 }
 
 int32_t TEncryption::GenerateRsaKeyPair(std::string& strPrivateKey, std::string& strPublicKey,
@@ -189,65 +200,48 @@ int32_t TEncryption::GenerateAesKey(int32_t lKeySize, std::string& strKey) {
                 [&](std::span<char> buffer) { return Library().CreateAesKey(buffer, lKeySize); });
 }
 
-// The buffers of AES hold the hexadecimal text of the padded data, or the data of such a text.
+// The small letters of the names with CBC are meant: readers of these texts know them so.
 
 int32_t TEncryption::EncryptAesEcb(const std::string& strKey, const std::string& strData,
                                    std::string& strResult) {
-    return Transform(
-        {"EncryptAesEcb", "EncryptAesEcb() Failed - Aes API returned "}, strData,
-        RoundUpTo64((strData.size() + 1) * 2) + 1, strResult, [&](std::span<char> buffer) {
-            return Library().AesEcbEncrypt(WithZero(strKey), WithZero(strData), buffer);
-        });
+    return Transform({"EncryptAesEcb", "EncryptAesEcb() Failed - Aes API returned "},
+                     &OstRtl::AesEcbEncrypt, EncryptBuffer(strData.size() + 1), strData, strResult,
+                     strKey);
 }
 
 int32_t TEncryption::DecryptAesEcb(const std::string& strKey, const std::string& strData,
                                    std::string& strResult) {
-    return Transform(
-        {"DecryptAesEcb", "DecryptAesEcb() Failed - Aes API returned "}, strData,
-        RoundUpTo64(HalfOf(strData.size())) + 1, strResult, [&](std::span<char> buffer) {
-            return Library().AesEcbDecrypt(WithZero(strKey), WithZero(strData), buffer);
-        });
+    return Transform({"DecryptAesEcb", "DecryptAesEcb() Failed - Aes API returned "},
+                     &OstRtl::AesEcbDecrypt, DecryptBuffer(strData.size()), strData, strResult,
+                     strKey);
 }
 
 int32_t TEncryption::EncryptAesCbc(const std::string& strKey, const std::string& strIV,
                                    const std::string& strData, std::string& strResult) {
-    // The small letters are meant: readers of these texts know them so.
-    return Transform({"EncryptAescbc", "EncryptAesCbc() Failed - Aes API returned "}, strData,
-                     RoundUpTo64((strData.size() + 4) * 2) + 1, strResult,
-                     [&](std::span<char> buffer) {
-                         return Library().AesCbcEncrypt(WithZero(strKey), WithZero(strIV),
-                                                        WithZero(strData), buffer);
-                     });
+    return Transform({"EncryptAescbc", "EncryptAesCbc() Failed - Aes API returned "},
+                     &OstRtl::AesCbcEncrypt, EncryptBuffer(strData.size() + 4), strData, strResult,
+                     strKey, strIV);
 }
 
 int32_t TEncryption::EncryptAesOfb(const std::string& strKey, const std::string& strIV,
                                    const std::string& strData, std::string& strResult) {
-    return Transform({"EncryptAesOfb", "EncryptAesOfb() Failed - Aes API returned "}, strData,
-                     RoundUpTo64((strData.size() + 4) * 2) + 1, strResult,
-                     [&](std::span<char> buffer) {
-                         return Library().AesOfbEncrypt(WithZero(strKey), WithZero(strIV),
-                                                        WithZero(strData), buffer);
-                     });
+    return Transform({"EncryptAesOfb", "EncryptAesOfb() Failed - Aes API returned "},
+                     &OstRtl::AesOfbEncrypt, EncryptBuffer(strData.size() + 4), strData, strResult,
+                     strKey, strIV);
 }
 
 int32_t TEncryption::DecryptAesCbc(const std::string& strKey, const std::string& strIV,
                                    const std::string& strData, std::string& strResult) {
-    return Transform({"DecryptAescbc", "DecryptAesCbc() Failed - Aes API returned "}, strData,
-                     RoundUpTo64(HalfOf(strData.size())) + 1, strResult,
-                     [&](std::span<char> buffer) {
-                         return Library().AesCbcDecrypt(WithZero(strKey), WithZero(strIV),
-                                                        WithZero(strData), buffer);
-                     });
+    return Transform({"DecryptAescbc", "DecryptAesCbc() Failed - Aes API returned "},
+                     &OstRtl::AesCbcDecrypt, DecryptBuffer(strData.size()), strData, strResult,
+                     strKey, strIV);
 }
 
 int32_t TEncryption::DecryptAesOfb(const std::string& strKey, const std::string& strIV,
                                    const std::string& strData, std::string& strResult) {
-    return Transform({"DecryptAesOfb", "DecryptAesOfb() Failed - Aes API returned "}, strData,
-                     RoundUpTo64(HalfOf(strData.size())) + 1, strResult,
-                     [&](std::span<char> buffer) {
-                         return Library().AesOfbDecrypt(WithZero(strKey), WithZero(strIV),
-                                                        WithZero(strData), buffer);
-                     });
+    return Transform({"DecryptAesOfb", "DecryptAesOfb() Failed - Aes API returned "},
+                     &OstRtl::AesOfbDecrypt, DecryptBuffer(strData.size()), strData, strResult,
+                     strKey, strIV);
 }
 
 int32_t TEncryption::GenerateRsaKeys(int32_t lKeySize, std::string& strPublicKey,
@@ -266,18 +260,14 @@ int32_t TEncryption::GenerateRsaKeys(int32_t lKeySize, std::string& strPublicKey
 
 int32_t TEncryption::EncryptRsa(const std::string& strKey, const std::string& strData,
                                 std::string& strResult) {
-    return Transform({"EncryptRsa", "EncryptRsa() Failed - Rsa API returned "}, strData, kRsaBuffer,
-                     strResult, [&](std::span<char> buffer) {
-                         return Library().RsaEncrypt(WithZero(strKey), WithZero(strData), buffer);
-                     });
+    return Transform({"EncryptRsa", "EncryptRsa() Failed - Rsa API returned "}, &OstRtl::RsaEncrypt,
+                     kRsaBuffer, strData, strResult, strKey);
 }
 
 int32_t TEncryption::DecryptRsa(const std::string& strKey, const std::string& strData,
                                 std::string& strResult) {
-    return Transform({"DecryptRsa", "DecryptRsa() Failed - Rsa API returned "}, strData, kRsaBuffer,
-                     strResult, [&](std::span<char> buffer) {
-                         return Library().RsaDecrypt(WithZero(strKey), WithZero(strData), buffer);
-                     });
+    return Transform({"DecryptRsa", "DecryptRsa() Failed - Rsa API returned "}, &OstRtl::RsaDecrypt,
+                     kRsaBuffer, strData, strResult, strKey);
 }
 
 int32_t TEncryption::EncryptVisibleChar(const std::string& strData, std::string& strResult) {

@@ -74,8 +74,12 @@ class TEncryption {
 
     int32_t Call(const Names& names, size_t nBuffer, std::string& strResult,
                  const LibraryCall& call);
-    int32_t Transform(const Names& names, const std::string& strData, size_t nBuffer,
-                      std::string& strResult, const LibraryCall& call);
+    template <class Function, class... Ahead>
+    int32_t Transform(const Names& names, Function function, size_t nBuffer,
+                      const std::string& strData, std::string& strResult, const Ahead&... strAhead);
+    /// The buffers of AES hold the hexadecimal text of the padded data, or the data of such a text.
+    static size_t EncryptBuffer(size_t nBytes);
+    static size_t DecryptBuffer(size_t nLength);
     static std::string BufferToString(std::span<const char> buffer);
     static size_t RoundUpTo64(size_t nBytes);
 

@@ -2,6 +2,7 @@
 // device's request starts it.
 
 #include "tests/passthru/AppDownloadFixture.h"
+#include "tests/passthru/Golden.h"
 #include "tests/world/AllocationLimit.h"
 
 #include <gmock/gmock.h>

@@ -2,6 +2,7 @@
 // what it says heard.
 
 #include "tests/passthru/DeviceWorld.h"
+#include "tests/passthru/Golden.h"
 
 #include <gmock/gmock.h>
 

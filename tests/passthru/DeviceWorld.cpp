@@ -30,15 +30,6 @@ std::string Request(const std::string& strKeyword, const std::string& strKind,
            ",4096,DPT";
 }
 
-Lines Golden(const std::string& strName) {
-    const auto stream = RealHost().files.OpenText(
-        BRENNIK_SOURCE_DIR "/tests/passthru/golden/" + strName, OpenMode::Read);
-    Lines lines;
-    while (!stream->AtEndOfStream())
-        lines.push_back(stream->ReadLine());
-    return lines;
-}
-
 bool RateTellingPorts::SetState(int32_t hPort, const DCB& dcb) {
     rates.push_back({host_.Now(), dcb.BaudRate});
     const size_t nBefore = host_.ledger.trace.size();

@@ -46,9 +46,6 @@ inline constexpr const char* kRefused = "Quayminder does not authorise upload of
 std::string Request(const std::string& strKeyword, const std::string& strKind,
                     const std::string& strBlockSize = "1024");
 
-/// The lines of a file in golden/.
-Lines Golden(const std::string& strName);
-
 /// The ports of the host, which also keep the rates that are set and add them to the trace.
 class RateTellingPorts : public ComPorts {
   public:

@@ -6,7 +6,7 @@ namespace brennik::passthru {
 namespace {
 
 using ::testing::ElementsAre;
-using ::testing::ElementsAreArray;
+using ::testing::IsEmpty;
 
 // The record and its hash, worked out apart: SHA-1 over "KEY,5,20301231,PT7".
 const std::string kFields = "KEY,5,20301231";
@@ -208,6 +208,71 @@ TEST_F(KeyInjection, TellsAFailureOnSilenceBehindTheOpenPacketAndTheLastClose) {
     }
 }
 
+// ---- What the device said last.
+
+TEST_F(KeyInjection, TakesAwayWhatTheDeviceSaidLast) {
+    AnswerFrame(5, "\x06\x15"); // the close of the file
+    EXPECT_EQ(Run(), 0);
+    EXPECT_THAT(LogWith("Flushed"), ElementsAre("Flushed Buffer: strData=<NAK>"));
+    EXPECT_EQ(server.Count("NAK"), 0) << "it doesn't reach the relay";
+    EXPECT_THAT(LogWith("key"), ElementsAre(kStarting, kDone));
+    const Lines log = Log();
+    EXPECT_EQ(std::find(log.begin(), log.end(), kDone) + 1,
+              std::find(log.begin(), log.end(), "Flushed Buffer: strData=<NAK>"));
+}
+
+TEST_F(KeyInjection, TakesItAwayBehindARefusedGroupToo) {
+    AnswerFrame(1, "\x15\x15");
+    EXPECT_EQ(Run(), 0);
+    EXPECT_THAT(LogWith("Flushed"), ElementsAre("Flushed Buffer: strData=<NAK>"));
+    EXPECT_EQ(server.Count("NAK"), 0);
+}
+
+TEST_F(KeyInjection, TakesItAwayBehindKeysThatArentValidToo) {
+    PutKey("", "5", "20301231");
+    // Said while the verdict is under way: it lies there when the injection begins.
+    device.onHeard = [this, note = device.onHeard](const std::string& strText) {
+        note(strText);
+        if (strText == "ACK")
+            device.Say("\x15");
+    };
+    EXPECT_EQ(Run(), 0);
+    EXPECT_THAT(LogWith("Flushed"), ElementsAre("Flushed Buffer: strData=<NAK>"));
+    EXPECT_EQ(server.Count("NAK"), 0);
+}
+
+TEST_F(KeyInjection, TakesItAwayBehindAFailureThatIsTold) {
+    AnswerFrame(2, "\x06\x15");
+    // Poll, verdict, group and its close go out; the open packet doesn't.
+    host.FailNext(Op::ComWrite, {.lLastError = 5}, 1, 4);
+    EXPECT_EQ(Run(), 0);
+    EXPECT_THAT(LogWith("key"), ElementsAre(kStarting, kFailed));
+    EXPECT_THAT(LogWith("Flushed"), ElementsAre("Flushed Buffer: strData=<NAK>"));
+}
+
+TEST_F(KeyInjection, LeavesItToTheRelayBehindASilentEnd) {
+    // The group's packet, its close, and the data: what was said ahead of the one that fails.
+    for (const int32_t nFrame : {2, 4}) {
+        SCOPED_TRACE(nFrame);
+        host.files.Remove("/log/run.log");
+        device.Forget();
+        server.Forget();
+        Ask(DeviceRequest("XDL", "F"));
+        Serve(EditedRequest("XDL", "F"), {"S"});
+        server.On("NAK", {CrcFrame("S")});
+        const auto note = device.onHeard;
+        AnswerFrame(nFrame - 1, "\x06\x15");
+        host.FailNext(Op::ComWrite, {.lLastError = 5}, 1, nFrame + 1);
+        EXPECT_EQ(Run(), 0);
+        device.onHeard = note;
+        EXPECT_THAT(LogWith("key"), ElementsAre(kStarting));
+        EXPECT_THAT(LogWith("Flushed"), IsEmpty()) << "meant";
+        EXPECT_EQ(server.Count("NAK"), 1) << "taken for the answer to the server's first frame";
+        EXPECT_EQ(engine->strErrorMessage(), "Failed writing data to the opened port");
+        EXPECT_EQ(engine->lErrorCode(), 5) << "left behind";
+    }
+}
+
 // ---- Resume replies.
 
 TEST_F(KeyInjection, SendsTheTailOfTheRecordBehindAResumeReply) {
@@ -256,6 +321,77 @@ TEST_F(KeyInjection, EndsWithoutAWordOnMalformedDigits) {
     EXPECT_THAT(Outcome(), ElementsAre(kStarting));
 }
 
+TEST_F(KeyInjection, TellsAFailureWhenTheCloseOfAWholeFileFails) {
+    AnswerFrame(3, "\x02RFF\x03"); // more than there is
+    host.FailNext(Op::ComWrite, {.lLastError = 5}, 1, 5);
+    EXPECT_EQ(Run(), 0);
+    EXPECT_THAT(Injected(), ElementsAre(GroupOpen(), "C", KeyOpen()));
+    EXPECT_THAT(Outcome(), ElementsAre(kStarting, kFailed));
+}
+
+// ---- A device that changes its directory: the same, with a frame less ahead of the file.
+
+class KeyInjectionOnP400 : public KeyInjection {
+  protected:
+    KeyInjectionOnP400() { config.strPlatformName("P400PLUS"); }
+    /// What it is sent behind the answer to that frame, and the outcome.
+    void Expect(int32_t nFrame, const std::string& strAnswer, const Lines& behind,
+                const Lines& outcome) {
+        AnswerFrame(nFrame, strAnswer);
+        EXPECT_EQ(Run(), 0);
+        Lines injected = Injected();
+        ASSERT_GE(injected.size(), static_cast<size_t>(nFrame));
+        injected.erase(injected.begin(), injected.begin() + nFrame);
+        EXPECT_EQ(injected, behind);
+        EXPECT_EQ(Outcome(), outcome);
+        EXPECT_EQ(device.Payloads().back(), "S") << "the relay goes on behind it";
+    }
+};
+
+TEST_F(KeyInjectionOnP400, EndsWithoutAnOutcomeWhenTheDirectoryIsRefused) {
+    Expect(1, "\x15", {}, {kStarting});
+}
+
+TEST_F(KeyInjectionOnP400, EndsWithoutAWordOnSilenceBehindTheDirectory) {
+    Expect(1, "", {}, {kStarting});
+}
+
+TEST_F(KeyInjectionOnP400, TellsAFailureOnSilenceBehindTheOpenPacket) {
+    Expect(2, "", {}, {kStarting, kFailed});
+}
+
+TEST_F(KeyInjectionOnP400, GoesOnBehindARefusedOpenPacket) {
+    Expect(2, "\x15", {WritePacket(kRecord), "C"}, {kStarting, kDone});
+}
+
+TEST_F(KeyInjectionOnP400, SendsTheTailOfTheRecordBehindAResumeReply) {
+    Expect(2, "\x02R5\x03", {WritePacket(kRecord.substr(5)), "C"}, {kStarting, kDone});
+}
+
+TEST_F(KeyInjectionOnP400, ClosesAFileThatIsThereAsAWhole) {
+    Expect(2, "\x02R37\x03", {"C"}, {kStarting, kDone});
+}
+
+TEST_F(KeyInjectionOnP400, EndsWithoutAWordOnMalformedDigits) {
+    Expect(2, "\x02Rxyz\x03", {}, {kStarting});
+}
+
+TEST_F(KeyInjectionOnP400, TellsASuccessWhenTheDataIsRefused) {
+    Expect(3, "\x15", {}, {kStarting, kDone});
+}
+
+TEST_F(KeyInjectionOnP400, EndsWithoutAWordOnSilenceBehindTheData) {
+    Expect(3, "", {}, {kStarting});
+}
+
+TEST_F(KeyInjectionOnP400, TellsAFailureOnSilenceBehindTheLastClose) {
+    Expect(4, "", {}, {kStarting, kFailed});
+}
+
+TEST_F(KeyInjectionOnP400, TellsASuccessWhenTheLastCloseIsRefused) {
+    Expect(4, "\x15", {}, {kStarting, kDone});
+}
+
 // ---- When there is one at all.
 
 TEST_F(KeyInjection, GoesIntoFullDownloadsOnly) {
@@ -270,6 +406,35 @@ TEST_F(KeyInjection, GoesIntoTheLastApplicationOfASeries) {
     Serve(EditedRequest("XCDL", "F"), {"S"});
     EXPECT_EQ(Run(), 0);
     EXPECT_THAT(Outcome(), ElementsAre(kStarting, kDone));
+}
+
+TEST_F(KeyInjection, GoesIntoEachApplicationOfASeries) {
+    AnswerStatusQueries();
+    device.Always("[]", "\x06");
+    device.On("ENQ", {CrcFrame(DeviceRequest("XCDL", "F")), CrcFrame(DeviceRequest("XCDLF", "F"))});
+    server.On("[" + EditedRequest("XCDL", "F") + "]",
+              {Saying("\x06" + CrcFrame("S")), Saying("\x06" + CrcFrame("S"))});
+    EXPECT_EQ(Run(), 0);
+    EXPECT_THAT(Outcome(), ElementsAre(kStarting, kDone, kStarting, kDone));
+}
+
+TEST_F(KeyInjection, GoesIntoAForcedFullDownload) {
+    ForceFullDownload();
+    Serve("VFI,VX520,XDL,F,APP,T1,EPROM,1024,4096,PT7,,", {"S"});
+    EXPECT_EQ(Run(), 0);
+    EXPECT_THAT(Outcome(), ElementsAre(kStarting, kDone));
+}
+
+TEST_F(KeyInjection, GoesIntoNoUpload) {
+    Upload({"S"});
+    EXPECT_EQ(Run(), 0);
+    EXPECT_THAT(Outcome(), ElementsAre());
+}
+
+TEST_F(KeyInjection, GoesIntoNoDownloadWhoseRequestTheServerDidNotGet) {
+    host.FailNext(Op::Send);
+    EXPECT_EQ(Run(), 1);
+    EXPECT_THAT(Outcome(), ElementsAre());
 }
 
 TEST_F(KeyInjection, IsLeftOutWithoutTheProfilesWord) {

@@ -9,7 +9,6 @@ namespace {
 using session::Open;
 using session::Write;
 using ::testing::ElementsAre;
-using ::testing::ElementsAreArray;
 
 TEST(PassThruStateName, NamesEveryStateAndNothingElse) {
     const Lines names{"PASSTHRU_ST_COMLETE",         "PASSTHRU_ST_ERROR",
@@ -65,16 +64,7 @@ TEST_F(PassThru, PassesAFullDownloadThrough) {
 }
 
 TEST_F(PassThru, ForcesAFullDownload) {
-    config.lPassThruType(2);
-    device.ExpectLrc(true);
-    device.On("[3.9,2,U,Q,0,0,,,F,]", {Saying("\x06" + LrcFrame("3.9,1,T,Q,0,0,,,A"))});
-    device.On("ACK", {CrcFrame(DeviceRequest("XDL", "F"))});
-    device.onHeard = [this, note = device.onHeard](const std::string& strText) {
-        note(strText);
-        if (strText == "ACK")
-            device.ExpectLrc(false);
-    };
-    device.Always("[]", "\x06");
+    ForceFullDownload();
     const std::string strEdited = "VFI,VX520,XDL,F,APP,T1,EPROM,1024,4096,PT7,,";
     Serve(strEdited, {"S"});
     EXPECT_EQ(Run(), 0);
@@ -132,10 +122,7 @@ TEST_F(PassThru, GoesThroughASeriesOfApplicationsUpToTheLast) {
 
 TEST_F(PassThru, ServesTheLocalListAndGoesOnWithANewCycle) {
     AnswerStatusQueries();
-    config.strTmsAppFolder("/tms");
-    host.files.Put("/tms/download.txt", "a.txt\r\n");
-    host.files.Put("/tms/a.txt", "text");
-    Ask(DeviceRequest("XDL", "F"));
+    AskForLocalList();
     device.On("ENQ", {CrcFrame(DeviceRequest("XDL", "F")), CrcFrame(DeviceRequest("XDL", "P"))});
     Serve(EditedRequest("XDL", "P"), {"S"});
     EXPECT_EQ(Run(), 0);
@@ -151,15 +138,14 @@ TEST_F(PassThru, ServesTheLocalListAndGoesOnWithANewCycle) {
 TEST_F(PassThru, PassesAnEnquiryAndGoesOnWithoutAWait) {
     device.On("ENQ", {CrcFrame(kEnquiry), CrcFrame(DeviceRequest("XDL", "P"))});
     device.Always("[]", "\x06");
-    const std::string strReply = "3.9,9,A,a,b,c,d,e,fine";
-    server.On("[" + kEditedEnquiry + "]", {Saying("\x06" + CrcFrame(strReply))});
+    server.On("[" + kEditedEnquiry + "]", {Saying("\x06" + CrcFrame(kAccepted))});
     server.On("[" + EditedRequest("XDL", "P") + "]", {Saying("\x06" + CrcFrame("S"))});
     const world::Microseconds begin = host.Now();
     EXPECT_EQ(Run(), 0);
     EXPECT_LT(host.Now() - begin, 2 * kSecond);
     EXPECT_THAT(wires,
                 ElementsAre("D:ENQ", "S:[" + kEditedEnquiry + "]", "S:ACK", "D:ACK",
-                            "D:[" + strReply + "]", "D:ENQ",
+                            "D:[" + kAccepted + "]", "D:ENQ",
                             "S:[" + EditedRequest("XDL", "P") + "]", "D:ACK", "D:[S]", "S:ACK"));
     EXPECT_EQ(LogWith("STATE=TMSENQUIRY").size(), 1u);
     EXPECT_THAT(LogWith("[C]"), ElementsAre("[C] State=PASSTHRU_ST_TMSENQUIRY, lTries=1, Waiting "
@@ -168,21 +154,15 @@ TEST_F(PassThru, PassesAnEnquiryAndGoesOnWithoutAWait) {
 }
 
 TEST_F(PassThru, CarriesOutTheRequestThatFollowsARefusedEnquiry) {
-    device.On("ENQ", {CrcFrame(kEnquiry)});
-    const std::string strRefusal = "3.9,9,E,a,b,c,d,e,not known";
-    const std::string strFallback = DeviceRequest("XDL", "P");
-    server.On("[" + kEditedEnquiry + "]", {Saying("\x06" + CrcFrame(strRefusal))});
-    device.On("[" + strRefusal + "]", {Saying("\x06" + CrcFrame(strFallback))});
-    device.Always("[]", "\x06");
+    FallBack();
     server.On("[" + EditedRequest("XDL", "P") + "]", {Saying("\x06" + CrcFrame(Open("a.bin", 4)))});
     server.On("ACK", {"", CrcFrame(Write("data")), CrcFrame("C"), CrcFrame("S")});
     EXPECT_EQ(Run(), 1) << "however the relay went";
     ExpectError(1000030, "not known");
-    EXPECT_THAT(wires,
-                ElementsAre("D:ENQ", "S:[" + kEditedEnquiry + "]", "S:ACK", "D:ACK",
-                            "D:[" + strRefusal + "]", "S:[" + EditedRequest("XDL", "P") + "]",
-                            "S:ACK", "D:ACK", "D:[" + Open("a.bin", 4) + "]", "S:ACK",
-                            "D:[" + Write("data") + "]", "S:ACK", "D:[C]", "S:ACK", "D:[S]"))
+    EXPECT_THAT(wires, ElementsAre("D:ENQ", "S:[" + kEditedEnquiry + "]", "S:ACK", "D:ACK",
+                                   "D:[" + kRefused + "]", "S:[" + EditedRequest("XDL", "P") + "]",
+                                   "S:ACK", "D:ACK", "D:[" + Open("a.bin", 4) + "]", "S:ACK",
+                                   "D:[" + Write("data") + "]", "S:ACK", "D:[C]", "S:ACK", "D:[S]"))
         << "the links acknowledge by themselves";
     EXPECT_EQ(engine->lCurrentState(), BrennikState::UploadingFile);
     EXPECT_TRUE(LogWith("ERROR").empty());
@@ -190,11 +170,7 @@ TEST_F(PassThru, CarriesOutTheRequestThatFollowsARefusedEnquiry) {
 }
 
 TEST_F(PassThru, AnUnsuccessfulRelayBehindARefusedEnquiryIsNoError) {
-    device.On("ENQ", {CrcFrame(kEnquiry)});
-    const std::string strRefusal = "3.9,9,E,a,b,c,d,e,not known";
-    server.On("[" + kEditedEnquiry + "]", {Saying("\x06" + CrcFrame(strRefusal))});
-    device.On("[" + strRefusal + "]", {Saying("\x06" + CrcFrame(DeviceRequest("XDL", "P")))});
-    device.Always("[]", "\x06");
+    FallBack();
     server.On("[" + EditedRequest("XDL", "P") + "]", {Saying("\x06" + CrcFrame("U"))});
     EXPECT_EQ(Run(), 1);
     ExpectError(1000030, "Brennik upload failed.");
@@ -231,25 +207,42 @@ TEST_F(PassThru, GivesTheDeviceTheServersVerdictOnItsRequest) {
     EXPECT_EQ(device.Count("NAK"), 1);
 }
 
+TEST_F(PassThru, CopiesAnAnswerOfManyBytesAsItIs) {
+    Download("XDL", "P");
+    const std::string strAnswer = "\x02R4\x03??"; // with a check that is none
+    device.On("[" + Open("a.bin", 4) + "]", {Saying(strAnswer)});
+    server.On("bad[R4]", {CrcFrame("S")});
+    EXPECT_EQ(Run(), 0);
+    EXPECT_TRUE(server.Bytes().find(strAnswer) != std::string::npos);
+    EXPECT_EQ(device.Payloads(), (Lines{Open("a.bin", 4), "S"}));
+}
+
+TEST_F(PassThru, TellsTheProgressOfTheLastFileAlone) {
+    Ask(DeviceRequest("XDL", "P"));
+    const std::string strAppend = "o" + Open("b.bin", 9).substr(1);
+    Serve(EditedRequest("XDL", "P"),
+          {Open("a.bin", 4), Write("data"), "C", strAppend, Write("ab"), Write("cde"), "C", "S"});
+    EXPECT_EQ(Run(), 0);
+    EXPECT_EQ(engine->strDownloadFileName(), "b.bin");
+    EXPECT_EQ(engine->lDownloadFileSize(), 9);
+    EXPECT_EQ(engine->lFileBytesDownloaded(), 5);
+}
+
 // ---- The extra reboot of a device that is told to download.
 
-TEST_F(PassThru, MakesOneExtraRebootCycleForAPedDownload) {
+TEST_F(PassThru, MakesNoExtraRebootBehindAnUpload) {
     config.bPedDownload(true);
+    Upload({"S"});
+    EXPECT_EQ(Run(), 0);
+    EXPECT_THAT(LogWith("State="),
+                ElementsAre("State=PASSTHRU_ST_UPLOADFILES",
+                            "[B] State=PASSTHRU_ST_UPLOADFILES, Exiting now as session is "
+                            "complete"));
+}
+
+TEST_F(PassThru, MakesOneExtraRebootCycleForAPedDownload) {
     AnswerStatusQueries();
-    device.Always("[]", "\x06");
-    device.ExpectLrc(true);
-    const std::string strAgreed = "\x06" + LrcFrame("3.9,1,T,Q,0,0,,,A");
-    device.On("[3.9,2,U,Q,0,0,,,T,]", {Saying(strAgreed), Saying(strAgreed)});
-    int32_t nAcks = 0;
-    device.onHeard = [&, note = device.onHeard](const std::string& strText) {
-        note(strText);
-        // The ACK of its agreement is followed by its request, that of a status reply by nothing.
-        if (strText == "ACK" && (nAcks == 0 || nAcks == 3)) {
-            device.ExpectLrc(false);
-            device.Say(CrcFrame(DeviceRequest("XDL", "F")));
-        }
-        nAcks += strText == "ACK" ? 1 : 0;
-    };
+    TellToDownload();
     server.On("[" + EditedRequest("XDL", "F") + "]",
               {Saying("\x06" + CrcFrame("S")), Saying("\x06" + CrcFrame("S"))});
     EXPECT_EQ(Run(), 0);
@@ -305,36 +298,37 @@ TEST_F(PassThru, EndsWithTheServersRefusalInADownload) {
 }
 
 TEST_F(PassThru, EndsBehindAFrameThatItDoesNotUnderstand) {
-    for (const std::string strPayload : {"X", ""}) {
-        wires.clear();
-        Ask(DeviceRequest("XDL", "P"));
-        Serve(EditedRequest("XDL", "P"), {strPayload});
-        EXPECT_EQ(Run(), 1);
-        ExpectError(1000022, "Unknown brennik packet type");
-        EXPECT_EQ(wires.at(wires.size() - 2), "D:[" + strPayload + "]");
-        EXPECT_EQ(wires.back(), "S:ACK");
-    }
+    Ask(DeviceRequest("XDL", "P"));
+    Serve(EditedRequest("XDL", "P"), {"X", "S"});
+    EXPECT_EQ(Run(), 1);
+    ExpectError(1000022, "Unknown brennik packet type");
+    EXPECT_THAT(Lines(wires.end() - 2, wires.end()), ElementsAre("D:[X]", "S:ACK"));
 }
 
-TEST_F(PassThru, TakesTheTextsOfAnUploadsFailuresFromTheOtherLink) {
-    config.lPassThruType(1);
-    device.ExpectLrc(true);
-    device.On("[3.9,3,U,Q,0,0,,,U,0]", {Saying("\x06" + LrcFrame("3.9,1,U,Q,0,0,,,A"))});
-    // The device falls silent behind its request: its link times out, and the text is that of the
-    // server's link, which has none.
-    device.On("ACK", {CrcFrame(DeviceRequest("XUL", "F"))});
-    server.Always("[]", "\x06");
+TEST_F(PassThru, EndsBehindAnEmptyFrameOnceItIsDelivered) {
+    Ask(DeviceRequest("XDL", "P"));
+    Serve(EditedRequest("XDL", "P"), {"", "S"});
+    EXPECT_EQ(Run(), 1);
+    ExpectError(1000022, "Unknown brennik packet type");
+    EXPECT_THAT(Lines(wires.end() - 2, wires.end()), ElementsAre("D:[]", "S:ACK"));
+}
+
+TEST_F(PassThru, EndsAnUploadBehindAnEmptyFrameOnceItIsDelivered) {
+    Upload({"", "S"});
+    EXPECT_EQ(Run(), 1);
+    ExpectError(1000022, "Unknown brennik packet type");
+    EXPECT_THAT(Lines(wires.end() - 2, wires.end()), ElementsAre("S:[]", "D:ACK"));
+}
+
+TEST_F(PassThru, TakesTheTextOfADeviceThatFallsSilentInAnUploadFromTheServersLink) {
+    Upload({}); // its own link times out, the server's has no text
     EXPECT_EQ(Run(), 1);
     ExpectError(0, "");
     EXPECT_THAT(LogWith("ERROR"), ElementsAre("ERROR  : Error Code=0, Error Message="));
 }
 
 TEST_F(PassThru, EndsAnUploadByItsOwnText) {
-    config.lPassThruType(1);
-    device.ExpectLrc(true);
-    device.On("[3.9,3,U,Q,0,0,,,U,0]", {Saying("\x06" + LrcFrame("3.9,1,U,Q,0,0,,,A"))});
-    device.On("ACK", {CrcFrame(DeviceRequest("XUL", "F")), CrcFrame("U")});
-    server.Always("[]", "\x06");
+    Upload({"U"});
     EXPECT_EQ(Run(), 1);
     ExpectError(1000030, "Brennik upload failed.");
 }
@@ -358,6 +352,63 @@ TEST_F(PassThru, KeepsTheStateOfAnUploadThatTheDeviceRefused) {
     EXPECT_EQ(Run(), 1);
     ExpectError(1000032, "Quayminder does not authorise upload of files");
     EXPECT_EQ(LogWith("[B] State=PASSTHRU_ST_UPLOADFILES").size(), 1u) << "stops at once";
+}
+
+TEST_F(PassThru, KeepsTheStateOfAForcedDownloadThatTheDeviceRefused) {
+    ForceFullDownload("3.9,1,T,Q,0,0,,,N");
+    EXPECT_EQ(Run(), 1);
+    ExpectError(1000032, "Quayminder does not authorise upload of files");
+    EXPECT_EQ(LogWith("[B] State=PASSTHRU_ST_FULLDOWNLOAD").size(), 1u);
+    EXPECT_EQ(nServerConnections, 0);
+}
+
+TEST_F(PassThru, PassesARequestOfAnotherKindAsItCame) {
+    Ask(DeviceRequest("XUL", "F"));
+    Serve(DeviceRequest("XUL", "F"), {"S"});
+    EXPECT_EQ(Run(), 0);
+    EXPECT_EQ(LogWith("[B] State=PASSTHRU_ST_PARTIALDOWNLOAD").size(), 1u);
+}
+
+// ---- Times and attempts, which are those of the profile on both sides.
+
+TEST_F(PassThru, WaitsForAFrameOfTheServerAsOftenAndAsLongAsTheProfileSays) {
+    config.lReadPacketAttempts(2);
+    config.lReadPacketTimeout(7);
+    Ask(DeviceRequest("XDL", "P"));
+    Serve(EditedRequest("XDL", "P"), {});
+    const world::Microseconds begin = host.Now();
+    EXPECT_EQ(Run(), 1);
+    EXPECT_GE(host.Now() - begin, 21 * kSecond);
+    EXPECT_LT(host.Now() - begin, 22 * kSecond);
+}
+
+TEST_F(PassThru, WaitsForAFrameOfTheDeviceAsOftenAndAsLongAsTheProfileSays) {
+    config.lReadPacketAttempts(2);
+    config.lReadPacketTimeout(7);
+    Upload({});
+    const world::Microseconds begin = host.Now();
+    EXPECT_EQ(Run(), 1);
+    EXPECT_GE(host.Now() - begin, 21 * kSecond);
+    EXPECT_LT(host.Now() - begin, 22 * kSecond);
+}
+
+TEST_F(PassThru, WaitsForAnAnswerOfTheDeviceAsLongAsTheProfileSays) {
+    config.lCharTimeout(11);
+    Download("XDL", "P");
+    device.On("[" + Open("a.bin", 4) + "]", {""});
+    const world::Microseconds begin = host.Now();
+    EXPECT_EQ(Run(), 1);
+    EXPECT_GE(host.Now() - begin, 10 * kSecond); // its end is a whole second
+    EXPECT_LT(host.Now() - begin, 12 * kSecond);
+}
+
+TEST_F(PassThru, SendsARefusedEnquiryAsOftenAsTheProfileSays) {
+    config.lSendPacketAttempts(4);
+    device.On("ENQ", {CrcFrame(kEnquiry)});
+    server.Always("[]", "\x15");
+    EXPECT_EQ(Run(), 1);
+    EXPECT_EQ(server.Count("[" + kEditedEnquiry + "]"), 4);
+    ExpectError(0, "");
 }
 
 // ---- Cancel.

@@ -1,5 +1,7 @@
 #include "tests/passthru/PassThruWorld.h"
 
+#include "passthru/PassThruRun.h"
+
 #include <utility>
 
 namespace brennik::passthru {
@@ -118,6 +120,79 @@ void PassThruTest::Download(const std::string& strKeyword, const std::string& st
           {session::Open("a.bin", 4), session::Write("data"), "C", strEnd});
 }
 
+void PassThruTest::Upload(const std::vector<std::string>& payloads) {
+    config.lPassThruType(1);
+    device.ExpectLrc(true);
+    device.On("[3.9,3,U,Q,0,0,,,U,0]", {Saying("\x06" + LrcFrame("3.9,1,U,Q,0,0,,,A"))});
+    std::deque<Saying> frames{CrcFrame(DeviceRequest("XUL", "F"))};
+    for (const std::string& strPayload : payloads)
+        frames.emplace_back(CrcFrame(strPayload));
+    device.On("ACK", frames);
+    server.Always("[]", "\x06");
+}
+
+void PassThruTest::TellToDownload(const std::string& strRequest) {
+    config.bPedDownload(true);
+    device.ExpectLrc(true);
+    const std::string strCommand = std::string("[") + kDownloadCommand + "]";
+    device.Always(strCommand, "\x06" + LrcFrame("3.9,1,T,Q,0,0,,,A"));
+    device.Always("[]", "\x06");
+    device.onHeard = [this, strCommand, strRequest, bAgreed = false,
+                      note = device.onHeard](const std::string& strText) mutable {
+        note(strText);
+        // The ACK of its agreement is followed by its request, that of a status reply by nothing.
+        if (strText == "ACK" && bAgreed) {
+            device.ExpectLrc(false);
+            device.Say(CrcFrame(strRequest));
+        }
+        if (strText == "ACK" || strText == strCommand)
+            bAgreed = strText == strCommand;
+    };
+}
+
+void PassThruTest::ForceFullDownload(const std::string& strReply) {
+    config.lPassThruType(2);
+    device.ExpectLrc(true);
+    device.On("[3.9,2,U,Q,0,0,,,F,]", {Saying("\x06" + LrcFrame(strReply))});
+    device.On("ACK", {CrcFrame(DeviceRequest("XDL", "F"))});
+    device.onHeard = [this, note = device.onHeard](const std::string& strText) {
+        note(strText);
+        if (strText == "ACK")
+            device.ExpectLrc(false);
+    };
+    device.Always("[]", "\x06");
+}
+
+void PassThruTest::AskForLocalList() {
+    config.strTmsAppFolder("/tms");
+    host.files.Put("/tms/download.txt", "a.txt\r\n");
+    host.files.Put("/tms/a.txt", "text");
+    Ask(DeviceRequest("XDL", "F"));
+}
+
+void PassThruTest::Enquire(const std::string& strReply) {
+    device.On("ENQ", {CrcFrame(kEnquiry)});
+    server.On("[" + kEditedEnquiry + "]", {Saying("\x06" + CrcFrame(strReply))});
+}
+
+void PassThruTest::FallBack() {
+    Enquire(kRefused);
+    device.On("[" + kRefused + "]", {Saying("\x06" + CrcFrame(DeviceRequest("XDL", "P")))});
+    device.Always("[]", "\x06");
+}
+
+void PassThruTest::CancelAt(const std::string& strHeard) {
+    const auto cancel = [this, strHeard](Device& end, const std::string& strSide) {
+        end.onHeard = [this, strSide, strHeard, note = end.onHeard](const std::string& strText) {
+            note(strText);
+            if (strSide + strText == strHeard)
+                engine->bCancelComms(true);
+        };
+    };
+    cancel(device, "D:");
+    cancel(server, "S:");
+}
+
 void PassThruTest::AnswerStatusQueries() {
     device.onHeard = [this, note = device.onHeard](const std::string& strText) {
         note(strText);
@@ -133,6 +208,7 @@ int32_t PassThruTest::Run() {
     engine = std::make_unique<TBrennikProtocol>();
     const int32_t lResult = engine->DoBrennikProtocol(config, "C:\\config", 7);
     host.RunFor(10 * kMillisecond); // what is still under way arrives
+    EXPECT_TRUE(LogWith(PassThruStateName(PASSTHRU_ST_ERROR)).empty());
     return lResult;
 }
 
