@@ -238,7 +238,7 @@ TEST_F(PassThru, CopiesAnAnswerOfManyBytesAsItIs) {
 
 TEST_F(PassThru, TellsTheProgressOfTheLastFileAlone) {
     Ask(DeviceRequest("XDL", "P"));
-    const std::string strAppend = "o" + Open("b.bin", 9).substr(1);
+    const std::string strAppend = Open("b.bin", 9, 'A');
     Serve(EditedRequest("XDL", "P"),
           {Open("a.bin", 4), Write("data"), "C", strAppend, Write("ab"), Write("cde"), "C", "S"});
     EXPECT_EQ(Run(), 0);
