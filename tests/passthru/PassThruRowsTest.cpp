@@ -284,6 +284,7 @@ Names TestsOfLinkFailure(Failed failed) {
                 "PassThruFailures.ATextTakenFromTheOtherSideMayBeAnOldOne"};
     case Failed::TheRelayBehindARefusal:
         return {"PassThruFailures.AServerThatFallsSilentBehindARefusalGivesItsOwnText",
+                "PassThruFailures.ADeviceThatFallsSilentBehindARefusalGivesItsOwnText",
                 "PassThruFailures.AFrameThatTheDeviceRefusesBehindARefusalEndsTheRunWithoutAText",
                 "PassThruFailures.AFrameThatItDoesNotUnderstandBehindARefusalIsAnError"};
     default:

@@ -1,5 +1,6 @@
 #include "passthru/PassThruRun.h"
 #include "tests/passthru/PassThruWorld.h"
+#include "tests/session/SessionWorld.h"
 
 #include <gmock/gmock.h>
 
@@ -207,6 +208,24 @@ TEST_F(PassThru, GivesTheDeviceTheServersVerdictOnItsRequest) {
     EXPECT_EQ(device.Count("NAK"), 1);
 }
 
+TEST_F(PassThru, PassesAnyVerdictOnButNothingElseThatIsNoAnswer) {
+    Ask(DeviceRequest("XDL", "P"));
+    server.On("[" + EditedRequest("XDL", "P") + "]", {Saying("v" + CrcFrame("S"))});
+    device.On("[S]", {"zz\x06"});
+    EXPECT_EQ(Run(), 0);
+    EXPECT_THAT(wires, ElementsAre("D:ENQ", "S:[" + EditedRequest("XDL", "P") + "]", "D:noise",
+                                   "D:[S]", "S:ACK"));
+}
+
+TEST_F(PassThru, PassesNoNoiseOnInAnUpload) {
+    Upload({"C", "S"});
+    server.On("[C]", {"zz\x06"});
+    EXPECT_EQ(Run(), 0);
+    EXPECT_EQ(device.Count("noise"), 0);
+    EXPECT_THAT(Lines(wires.end() - 4, wires.end()),
+                ElementsAre("S:[C]", "D:ACK", "S:[S]", "D:ACK"));
+}
+
 TEST_F(PassThru, CopiesAnAnswerOfManyBytesAsItIs) {
     Download("XDL", "P");
     const std::string strAnswer = "\x02R4\x03??"; // with a check that is none
@@ -219,7 +238,7 @@ TEST_F(PassThru, CopiesAnAnswerOfManyBytesAsItIs) {
 
 TEST_F(PassThru, TellsTheProgressOfTheLastFileAlone) {
     Ask(DeviceRequest("XDL", "P"));
-    const std::string strAppend = "o" + Open("b.bin", 9).substr(1);
+    const std::string strAppend = Open("b.bin", 9, 'A');
     Serve(EditedRequest("XDL", "P"),
           {Open("a.bin", 4), Write("data"), "C", strAppend, Write("ab"), Write("cde"), "C", "S"});
     EXPECT_EQ(Run(), 0);
@@ -259,6 +278,29 @@ TEST_F(PassThru, MakesOneExtraRebootCycleForAPedDownload) {
                             "State=PASSTHRU_ST_FULLDOWNLOAD",
                             "[B] State=PASSTHRU_ST_FULLDOWNLOAD, Exiting now as session is "
                             "complete"));
+}
+
+TEST_F(PassThru, TellsTheDeviceAnewInAnotherRunOfTheSameEngine) {
+    AnswerStatusQueries();
+    TellToDownload();
+    server.Always("[]", "\x06" + CrcFrame("S"));
+    const std::string strCommand = std::string("[") + kDownloadCommand + "]";
+    EXPECT_EQ(Run(), 0);
+    EXPECT_EQ(device.Count(strCommand), 2) << "once ahead of the extra reboot, and once behind it";
+    EXPECT_EQ(RunAgain(), 0);
+    EXPECT_EQ(device.Count(strCommand), 4);
+}
+
+TEST_F(PassThru, ForgetsInAnotherRunThatTheDeviceHasAnswered) {
+    AnswerStatusQueries();
+    TellToDownload();
+    server.Always("[]", "\x06" + CrcFrame("S"));
+    EXPECT_EQ(Run(), 0);
+    EXPECT_TRUE(TBrennikProtocolTestAccess(*engine).bDeviceAnswered());
+    config.bPedDownload(false);
+    Download("XDL", "P");
+    EXPECT_EQ(RunAgain(), 0);
+    EXPECT_FALSE(TBrennikProtocolTestAccess(*engine).bDeviceAnswered());
 }
 
 // ---- Failures.

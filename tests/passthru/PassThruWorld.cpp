@@ -206,6 +206,10 @@ void PassThruTest::AnswerStatusQueries() {
 
 int32_t PassThruTest::Run() {
     engine = std::make_unique<TBrennikProtocol>();
+    return RunAgain();
+}
+
+int32_t PassThruTest::RunAgain() {
     const int32_t lResult = engine->DoBrennikProtocol(config, "C:\\config", 7);
     host.RunFor(10 * kMillisecond); // what is still under way arrives
     EXPECT_TRUE(LogWith(PassThruStateName(PASSTHRU_ST_ERROR)).empty());

@@ -74,6 +74,8 @@ class PassThruTest : public world::WorldTest {
 
     /// The state that only has a name never stands in the log of a run.
     int32_t Run();
+    /// Another run of the same engine.
+    int32_t RunAgain();
 
     /// The log without dates and tags; "INFO   : " is left out.
     Lines Log() const;
