@@ -92,13 +92,17 @@ TEST_F(FrmSelectProfile, OffersNoApplicationFirstAndThenThoseOfTheFile) {
 }
 
 TEST_F(FrmSelectProfile, TakesTheSelectedProfileIntoANewConfiguration) {
-    WriteProfiles({{"ProfileName=A"}, {"ProfileName=B"}, {"ProfileName=C"}});
+    WriteProfiles({{"ProfileName=A"}, {"ProfileName=B"}, {"ProfileName=C"}},
+                  "[PLATFORMS]\r\n1=VX520,E,P\r\n");
     oConfig->strProfileName("old");
+    oConfig->GetPlatforms("/config");
+    ASSERT_EQ(oConfig->lPlatformCount(), 1);
     const std::string strBefore = Ini();
     Profiles().setCurrentRow(1);
     RunProfile();
     EXPECT_EQ(lProfileId, 2);
     EXPECT_EQ(oConfig->strProfileName(), "B");
+    EXPECT_EQ(oConfig->lPlatformCount(), 0) << "nothing of the one before is in it";
     EXPECT_EQ(oConfig->strTerminalId(), "T1");
     EXPECT_EQ(Ini(), strBefore) << "nothing was written";
     EXPECT_FALSE(Picker().isVisible());
