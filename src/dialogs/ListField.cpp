@@ -18,6 +18,8 @@ ListField::ListField(const char* strName, ListKind kind) {
 
 void ListField::Clear() {
     clear();
+    if (isEditable())
+        clearEditText(); // typed text is no entry, and the toolkit would leave it
     strTyped_.clear();
     strTypedShown_.clear();
 }

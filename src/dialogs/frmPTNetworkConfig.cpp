@@ -20,6 +20,7 @@ namespace brennik {
 namespace {
 
 constexpr int kAddressLength = 100;
+constexpr int kAddressShown = 15; ///< of it at least
 constexpr int kPortLength = 6;
 constexpr int kTimeoutLength = 2;
 
@@ -53,6 +54,7 @@ void frmPTNetworkConfig::BuildControls() {
         const int nRow = static_cast<int>(n);
         txtIP_[n] = new TextField(("txtIP" + strNumber).c_str(), kAddressLength);
         txtPort_[n] = new DigitField(("txtPort" + strNumber).c_str(), kPortLength);
+        txtIP_[n]->setMinimumWidth(WidthOf(*txtIP_[n], kAddressShown));
         txtPort_[n]->setMaximumWidth(WidthOf(*txtPort_[n], kPortLength));
         fields->addWidget(LabelOf("IP Address " + strNumber, txtIP_[n]), nRow, 0);
         fields->addWidget(txtIP_[n], nRow, 1);

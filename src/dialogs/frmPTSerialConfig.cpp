@@ -101,6 +101,7 @@ void frmPTSerialConfig::BuildControls() {
     auto* layout = new QVBoxLayout(this);
     layout->addWidget(Frame1, 1);
     layout->addLayout(OkAndCancel(*this, "cmdOK", "cmdCancel", [this] { cmdOK_Click(); }));
+    resize(300, sizeHint().height());
 }
 
 void frmPTSerialConfig::FillLists() {

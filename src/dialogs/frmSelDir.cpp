@@ -17,6 +17,7 @@
 #include <QPushButton>
 #include <QSignalBlocker>
 #include <QVBoxLayout>
+#include <algorithm>
 #include <vector>
 
 namespace brennik {
@@ -43,6 +44,7 @@ QGroupBox* FrameAround(const char* strHeading, QWidget* control) {
     auto* frame = new QGroupBox(QString::fromLatin1(strHeading));
     auto* layout = new QVBoxLayout(frame);
     layout->addWidget(control);
+    control->setAccessibleName(frame->title());
     return frame;
 }
 
@@ -51,7 +53,7 @@ std::string InDriveForm(const std::string& strText) {
 }
 
 std::string CurrentFolder() {
-    return InDriveForm(CurrentHost().processes.CurrentDirectory());
+    return CurrentHost().processes.CurrentDirectory();
 }
 
 bool IsSeparator(char c) {
@@ -81,9 +83,12 @@ std::string Joined(const std::string& strFolder, const std::string& strName) {
 /// The path as the list has it: whole, in drive form, and without separators at its end unless it
 /// is a root.
 std::string Whole(const std::string& strText) {
-    std::string strPath = InDriveForm(strText);
-    if (LengthOfRoot(strPath) == 0)
-        strPath = Joined(CurrentFolder(), strPath);
+    std::string strPath = strText;
+    if (strPath.starts_with('\\') && !strPath.starts_with("\\\\"))
+        strPath.front() = '/'; // a root by either separator
+    else if (LengthOfRoot(strPath) == 0)
+        strPath = CurrentFolder() + '/' + strPath;
+    strPath = InDriveForm(strPath);
     if (strPath.size() < LengthOfRoot(strPath))
         strPath += '\\'; // "C:"
     while (strPath.size() > LengthOfRoot(strPath) && IsSeparator(strPath.back()))
@@ -96,8 +101,7 @@ std::string ParentOf(const std::string& strPath) {
     const size_t nRoot = LengthOfRoot(strPath);
     if (strPath.size() <= nRoot)
         return {};
-    const size_t nName = strPath.find_last_of("\\/");
-    return nName == std::string::npos ? std::string() : strPath.substr(0, std::max(nName, nRoot));
+    return strPath.substr(0, std::max(strPath.find_last_of("\\/"), nRoot));
 }
 
 /// The names of the folders in a folder. Throws PathNotFound for one that can't be listed.

@@ -41,7 +41,8 @@ from pathlib import Path
 
 HERE = Path(__file__).resolve().parent
 ROOT = HERE.parent.parent
-ROOMS = ["support", "config", "link", "session", "passthru", "shell", "windows", "platform", "sim"]
+ROOMS = ["support", "config", "link", "session", "passthru", "shell", "dialogs", "windows",
+         "platform", "sim"]
 COPIED = ["CMakeLists.txt", "cmake", "src", "sim", "tests", "bench", "fuzz", "docs", "packaging",
           "README.md"]
 BUILD_SECONDS = 900

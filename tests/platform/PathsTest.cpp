@@ -2,6 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include <string>
+#include <utility>
+#include <vector>
+
 namespace brennik {
 namespace {
 
@@ -56,6 +60,53 @@ INSTANTIATE_TEST_SUITE_P(
                     Row{"/C:\\x", "/C:/x"},                                                    //
                     Row{"/srv/C:\\x", "/srv/C:/x"},                                            //
                     Row{"", nullptr}));
+
+TEST(Paths, GoBackToDriveForm) {
+    const DriveTable drives = {
+        {'B', ""}, {'C', "/"}, {'D', "/srv/data"}, {'E', "/srv/data/deep"}, {'F', "/srv/data"}};
+    const std::vector<std::pair<const char*, const char*>> rows = {
+        {"/home/pos", "C:\\home\\pos"},
+        {"/home/pos/", "C:\\home\\pos\\"},
+        {"/", "C:\\"},
+        {"/srv", "C:\\srv"},
+        {"/srv/data", "D:\\"}, // of two drives with one folder, the first
+        {"/srv/data/", "D:\\"},
+        {"/srv/data/in/a.txt", "D:\\in\\a.txt"},
+        {"/srv/database/x", "C:\\srv\\database\\x"},
+        {"/srv/data/deep/x", "E:\\x"},
+        {"/srv/data/deeper", "D:\\deeper"},
+        {"/a\xFF/b c", "C:\\a\xFF\\b c"},
+        {"/srv\\data/x", "C:\\srv\\data\\x"},
+        {"C:\\home\\pos\\", "C:\\home\\pos\\"},
+        {"c:/home/pos", "c:\\home\\pos"},
+        {"Q:/x", "Q:\\x"},
+        {"C:", "C:"},
+        {"C:x/y", "C:x/y"},
+        {"\\srv\\pos", "\\srv\\pos"},
+        {"\\\\server/share", "\\\\server/share"},
+        {"a/b", "a/b"},
+        {"..", ".."},
+        {"", ""}};
+    for (const auto& [strText, strDriveForm] : rows) {
+        EXPECT_EQ(DriveForm(strText, drives), strDriveForm) << strText;
+    }
+}
+
+TEST(Paths, StayNativeUnderNoDrive) {
+    const DriveTable drives = {{'D', "/srv/data"}};
+    for (const char* strText : {"/", "/srv", "/srv/database", "/home/pos/"}) {
+        EXPECT_EQ(DriveForm(strText, drives), strText);
+        EXPECT_EQ(DriveForm(strText, DriveTable{}), strText);
+    }
+    EXPECT_EQ(DriveForm("/srv/data/x", drives), "D:\\x");
+}
+
+TEST(Paths, InDriveFormLeadToTheSameFolder) {
+    for (const char* strNative : {"/", "/home/pos", "/srv/data", "/srv/data/in", "/srv/database"}) {
+        const auto strBack = NativePath(DriveForm(strNative, kTwoDrives), kTwoDrives);
+        EXPECT_EQ(WithoutEndSeparators(strBack.value()), strNative);
+    }
+}
 
 TEST(Paths, AZeroByteNeverCutsAPathShort) {
     EXPECT_FALSE(NativePath("/srv/pos\0.txt"s, kTwoDrives).has_value());

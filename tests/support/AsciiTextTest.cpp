@@ -40,6 +40,15 @@ TEST(AsciiText, TrimRemovesBlanksFromBothEndsAlone) {
     EXPECT_EQ(Trim(std::string_view(" \0 ", 3)), std::string("\0", 1));
 }
 
+TEST(AsciiText, ToDecimalTellsFractionsWithoutAnExponent) {
+    EXPECT_EQ(ToDecimal(1.0), "1");
+    EXPECT_EQ(ToDecimal(1.5), "1.5");
+    EXPECT_EQ(ToDecimal(-0.1), "-0.1");
+    EXPECT_EQ(ToDecimal(1e22), "10000000000000000000000");
+    EXPECT_EQ(ToDecimal(std::numeric_limits<double>::denorm_min()).size(), 326U);
+    EXPECT_EQ(ToDecimal(-std::numeric_limits<double>::max()).size(), 310U);
+}
+
 TEST(AsciiText, ToDecimalTellsEveryWidth) {
     EXPECT_EQ(ToDecimal(0), "0");
     EXPECT_EQ(ToDecimal(-7), "-7");

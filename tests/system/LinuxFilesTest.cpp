@@ -178,6 +178,25 @@ TEST_F(LinuxFilesTest, ALinkIsListedAsWhatItNames) {
     EXPECT_EQ(Found("to*"), "to-file to-folder/ to-nothing");
 }
 
+TEST_F(LinuxFilesTest, AFolderThatCannotBeReadFindsNotEvenItself) {
+    fs::create_directories(folder_ / "locked/below");
+    EXPECT_EQ(Found("locked/*"), "./ ../ below/");
+    EXPECT_EQ(::chmod((folder_ / "locked").c_str(), 0), 0);
+    EXPECT_EQ(ReportOfChild([&]() -> std::string {
+                  // The superuser reads everything.
+                  if (::geteuid() == 0 &&
+                      (::chmod(folder_.strPath().c_str(), 0755) != 0 || ::setuid(65534) != 0))
+                      return "no other user";
+                  return "found: " + Found("locked/*");
+              }),
+              "found: ");
+    EXPECT_EQ(::chmod((folder_ / "locked").c_str(), 0755), 0);
+}
+
+TEST_F(LinuxFilesTest, TellsItsDrives) {
+    EXPECT_EQ(files_.Drives(), (DriveTable{{'C', "/"}, {'D', folder_.strPath()}}));
+}
+
 TEST_F(LinuxFilesTest, RelativeNamesBeginAtTheCurrentFolder) {
     Put("a.txt");
     EXPECT_EQ(ReportOfChild([&] {

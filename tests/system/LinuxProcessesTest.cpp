@@ -353,6 +353,33 @@ TEST_F(LinuxProcessesTest, ChangesTheCurrentFolder) {
     }
 }
 
+TEST_F(LinuxProcessesTest, TellsTheCurrentFolder) {
+    fs::create_directory(folder_ / "sub");
+    fs::create_directory(folder_ / "a\\b");
+    EXPECT_EQ(ReportOfChild([&] {
+                  processes_.ChangeDirectory("D:\\sub\\");
+                  const std::string strSub = processes_.CurrentDirectory();
+                  processes_.ChangeDirectory("/");
+                  const std::string strRoot = processes_.CurrentDirectory();
+                  processes_.ChangeDirectory(strSub);
+                  return strRoot + " " + processes_.CurrentDirectory();
+              }),
+              "/ " + (folder_ / "sub"));
+    EXPECT_EQ(ReportOfChild([&] {
+                  processes_.ChangeDirectory("D:\\sub");
+                  fs::remove(folder_ / "sub");
+                  return FailureOf([&] { processes_.CurrentDirectory(); });
+              }),
+              "Path not found")
+        << "it is gone";
+    EXPECT_EQ(ReportOfChild([&] {
+                  fs::current_path(folder_ / "a\\b");
+                  return FailureOf([&] { processes_.CurrentDirectory(); });
+              }),
+              "Path not found")
+        << "no text leads there";
+}
+
 TEST_F(LinuxProcessesTest, TheProgramFolderIsMadeWhenItIsFirstNeeded) {
     const std::string strFolder = folder_ / "data/brennikclient";
     LinuxProcesses installed(DefaultDrives(), ProgramFolderChoice{strFolder, true});

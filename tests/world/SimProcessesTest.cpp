@@ -73,6 +73,15 @@ TEST_F(SimProcessesTest, KnowsItsDrivesAndFolders) {
     EXPECT_EQ(FailureOf([&] { processes.ChangeDirectory("C:\\none"); }), FailureKind::PathNotFound);
 }
 
+TEST_F(SimProcessesTest, TellsItsCurrentFolderAsANativePath) {
+    EXPECT_EQ(processes.CurrentDirectory(), "/home/user");
+    host.files.MakeFolder("/pos");
+    processes.ChangeDirectory("C:\\pos\\");
+    EXPECT_EQ(processes.CurrentDirectory(), "/pos");
+    host.files.Remove("/pos");
+    EXPECT_EQ(FailureOf([&] { processes.CurrentDirectory(); }), FailureKind::PathNotFound);
+}
+
 TEST_F(SimProcessesTest, EachCallCanFail) {
     host.files.Put("/run.sh", "");
     host.FailNext(Op::StartHidden);
@@ -81,6 +90,10 @@ TEST_F(SimProcessesTest, EachCallCanFail) {
     EXPECT_EQ(FailureOf([&] { processes.ChangeDrive("C"); }), FailureKind::PathNotFound);
     host.FailNext(Op::ChangeDirectory, {.kind = FailureKind::PermissionDenied});
     EXPECT_EQ(FailureOf([&] { processes.ChangeDirectory("/"); }), FailureKind::PermissionDenied);
+    host.FailNext(Op::CurrentDirectory);
+    EXPECT_EQ(FailureOf([&] { processes.CurrentDirectory(); }), FailureKind::PathNotFound);
+    host.FailNext(Op::CurrentDirectory, {.kind = FailureKind::DeviceIoError});
+    EXPECT_EQ(FailureOf([&] { processes.CurrentDirectory(); }), FailureKind::DeviceIoError);
 }
 
 } // namespace
