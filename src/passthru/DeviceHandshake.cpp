@@ -1,3 +1,4 @@
+#include "config/OperatingMode.h"
 #include "config/TBrennikClientConfig.h"
 #include "link/CommsErrors.h"
 #include "link/TConnectionInfo.h"
@@ -36,9 +37,6 @@ constexpr int32_t kErrorReplyDelayMs = 40000;
 constexpr int32_t kQueryPauseMs = 5000;
 constexpr int32_t kQueryReadAttempts = 1;
 constexpr int32_t kQueryReadTimeout = 3; // seconds
-
-constexpr int32_t kPassThruUpload = 1;
-constexpr int32_t kPassThruForceFullDownload = 2;
 
 /// A whole second of the day. The clock starts again at midnight and never reaches one beyond it:
 /// meant, and no provision is made for it.

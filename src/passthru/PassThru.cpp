@@ -20,9 +20,6 @@ constexpr int32_t kLastTries = 12; // cycles ended before the last one: thirteen
 
 constexpr int32_t kRebootSeconds = 240;
 
-constexpr int32_t kPassThruDownload = 0;
-constexpr int32_t kPassThruForceFullDownload = 2;
-
 // Of both links.
 constexpr int32_t kCheckCrc16HighByteFirst = 2;
 constexpr int16_t kStx = 2;

@@ -1,5 +1,6 @@
 #include "shell/frmBrennikClient.h"
 
+#include "dialogs/frmBrennikProfiles.h"
 #include "dialogs/frmMessageBox.h"
 #include "dialogs/frmText.h"
 #include "generated/Version.h"
@@ -180,7 +181,7 @@ void frmBrennikClient::mnuActionItem_Click(int32_t lIndex) {
     bWindowOnTop_ = true;
     Quietly([&] {
         if (lIndex == 0)
-            ShowConfiguration();
+            frmBrennikProfiles(this).exec();
         else if (lIndex == 1)
             RunBrennikProfile();
     });
@@ -189,12 +190,6 @@ void frmBrennikClient::mnuActionItem_Click(int32_t lIndex) {
         lstFiles_->clear();
     else if (lIndex == 3)
         close();
-}
-
-void frmBrennikClient::ShowConfiguration() {
-    ShowMessageBox(this, QMessageBox::Information,
-                   "This build has no configuration windows yet.\r\n"
-                   "Edit BrennikClient.ini in the program's folder instead.");
 }
 
 void frmBrennikClient::RunBrennikProfile() {

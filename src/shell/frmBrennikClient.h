@@ -1,5 +1,6 @@
 // The main window: one menu, and the list of the files that have come down.
-// It picks a profile with frmSelectProfile and runs it in frmBrennikStatus, which adds to the list.
+// It picks a profile with frmSelectProfile and runs it in frmBrennikStatus, which adds to the list;
+// frmBrennikProfiles, behind "Configuration", edits them.
 // Stands on the shell's oConfig and lProfileId, over the current host, which tests replace.
 #pragma once
 
@@ -33,7 +34,6 @@ class frmBrennikClient : public QMainWindow {
     void TakeColumnWidth(int nSection, int nWidth);
 
     void mnuActionItem_Click(int32_t lIndex);
-    void ShowConfiguration();
     void RunBrennikProfile();
 
     QTreeWidget* lstFiles_;

@@ -5,6 +5,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -16,6 +17,7 @@ using testing::Not;
 
 const std::string kEnv = "/usr/bin/env";
 const std::string kNoWindow = "brennikclient: no window can be opened: ";
+const std::string kEditor = "Ostrand Brennik Client Configuration";
 const std::string kRunAProfile = "; run a profile with -configfiledir and -profileid\n";
 
 std::vector<std::string> Environment(const std::vector<std::string>& settings) {
@@ -81,6 +83,40 @@ class RealWindows : public RealRun {
         XDoTool(words);
     }
 
+    void Type(const std::string& strText) { XDoTool({"type", "--delay", "20", strText}); }
+    /// Presses Tab until the control has the focus.
+    bool TabTo(const std::string& strControl) {
+        for (int i = 0; i < 40; ++i) {
+            const std::string strBefore = Seen();
+            if (strBefore.find("focus " + strControl + "\n") != std::string::npos)
+                return true;
+            Keys({"Tab"});
+            if (!Eventually([&] { return Seen() != strBefore; }))
+                return false;
+        }
+        return false;
+    }
+    /// Fills the field that Tab comes to.
+    bool TypeInto(const std::string& strField, const std::string& strText) {
+        if (!TabTo(strField))
+            return false;
+        Keys({"ctrl+a"});
+        Type(strText);
+        return SeenEventually("field " + strField + " " + strText + "\n");
+    }
+    /// Picks a folder behind the button that Tab comes to.
+    bool PickFolder(const std::string& strButton, const std::string& strTitle,
+                    const std::string& strFolder) {
+        if (!TabTo(strButton))
+            return false;
+        Keys({"space"});
+        if (!SeesFocus(strTitle) || !TypeInto("TxtDir", strFolder))
+            return false;
+        Keys({"Return"});
+        return Eventually([&] { return Seen().find(strTitle) == std::string::npos; }) &&
+               Focus(kEditor);
+    }
+
     void WriteProfile(const std::vector<std::string>& settings = {}) {
         std::vector<std::string> all{"ProfileName=First", "Mode=0", "ServerIPAddress1=127.0.0.1",
                                      "ServerPortNo1=" + std::to_string(service_->iPort()),
@@ -128,6 +164,61 @@ TEST_F(RealWindows, RunAProfileByKeysAndListEveryFile) {
     Keys({"ctrl+q"});
     EXPECT_EQ(program_->Wait(), 0);
     EXPECT_EQ(program_->strOut(), "");
+}
+
+TEST_F(RealWindows, AddAProfileByKeysAloneAndRunIt) {
+    WriteFile(folder_ / "served/readme.txt", "text\r\n");
+    std::filesystem::create_directory(folder_ / "received");
+    StartService({"--listen", "127.0.0.1:0"}, {});
+    StartDisplay();
+    StartProgram();
+    ASSERT_TRUE(SeesFocus(kMain));
+    Keys({"ctrl+c"});
+    ASSERT_TRUE(SeesFocus("Ostrand Brennik Profiles"));
+    Keys({"alt+a"});
+    ASSERT_TRUE(SeesFocus(kEditor));
+    ASSERT_TRUE(TypeInto("txtProfileName", "Mine"));
+    Keys({"ctrl+Tab", "alt+o"});
+    ASSERT_TRUE(SeesFocus("Network Settings"));
+    ASSERT_TRUE(TypeInto("txtIP1", "127.0.0.1"));
+    ASSERT_TRUE(TypeInto("txtPort1", std::to_string(service_->iPort())));
+    ASSERT_TRUE(TypeInto("txtConnTimeout", "5"));
+    Keys({"Return"});
+    ASSERT_TRUE(Eventually([&] { return Seen().find("window Network") == std::string::npos; }));
+    ASSERT_TRUE(Focus(kEditor));
+    for (const auto& [strField, strText] :
+         std::vector<std::pair<std::string, std::string>>{{"txtComms(0)", "5"},
+                                                          {"txtComms(1)", "6"},
+                                                          {"txtComms(2)", "1"},
+                                                          {"txtComms(3)", "2"},
+                                                          {"txtComms(4)", "3"}})
+        ASSERT_TRUE(TypeInto(strField, strText)) << strField;
+    Keys({"ctrl+Tab"});
+    ASSERT_TRUE(TypeInto("txtTid", "T1"));
+    ASSERT_TRUE(PickFolder("cmdBrowse", "Select Brennik base folder", folder_ / "received"));
+    Keys({"ctrl+Tab"});
+    ASSERT_TRUE(PickFolder("cmdLogBrowse", "Select Brennik logfile folder", folder_ / "log"));
+    ASSERT_TRUE(TypeInto("txtLogFileName", "session.log"));
+    Keys({"alt+a"});
+    ASSERT_TRUE(SeenEventually("box Application configuration successfully saved.\n"));
+    ASSERT_TRUE(Focus(kBox));
+    Keys({"Return"});
+    ASSERT_TRUE(Eventually([&] { return Seen().find("box ") == std::string::npos; }));
+    ASSERT_TRUE(Focus(kEditor));
+    Keys({"alt+c"});
+    ASSERT_TRUE(Eventually([&] { return Seen().find(kEditor) == std::string::npos; }));
+    ASSERT_TRUE(Focus("Ostrand Brennik Profiles"));
+    Keys({"alt+c"});
+    ASSERT_TRUE(Eventually([&] { return Seen().find("Profiles\n") == std::string::npos; }));
+
+    EXPECT_THAT(ReadFile(folder_ / "config/BrennikClient.ini"), HasSubstr("ProfileName=Mine"));
+    RunClient();
+    EXPECT_TRUE(Received("readme.txt") == Served("readme.txt"));
+    EXPECT_FALSE(Received("readme.txt").empty());
+
+    ASSERT_TRUE(Focus(kMain));
+    Keys({"ctrl+q"});
+    EXPECT_EQ(program_->Wait(), 0);
 }
 
 TEST_F(RealWindows, LiveWhileTheEngineWaitsAndCancelIt) {

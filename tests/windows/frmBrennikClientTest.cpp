@@ -144,20 +144,19 @@ TEST_F(FrmBrennikClient, ClosesByQuitAndByItsCloseButton) {
     EXPECT_FALSE(MainWindow().isVisible());
 }
 
-TEST_F(FrmBrennikClient, SaysThatThereIsNoConfigurationWindowYet) {
-    ExpectBox([](QWidget& box) {
-        const auto& message = dynamic_cast<QMessageBox&>(box);
-        EXPECT_EQ(message.icon(), QMessageBox::Information);
-        EXPECT_EQ(message.textFormat(), Qt::PlainText);
-    });
+TEST_F(FrmBrennikClient, OpensTheProfilesForConfiguration) {
+    const auto expectProfiles = [&] {
+        user.Expect("frmBrennikProfiles", [&](QWidget& profiles) {
+            EXPECT_EQ(profiles.parentWidget(), &MainWindow());
+            windows::Named<QPushButton>(profiles, "cmdClose").click();
+        });
+    };
+    expectProfiles();
     Item(0).trigger();
-    ExpectBox();
+    expectProfiles();
     List().setFocus();
     Key(Qt::Key_C, Qt::ControlModifier); // and not a copy of the line
-    EXPECT_EQ(user.boxes, std::vector<std::string>(
-                              2, "This build has no configuration windows yet.\n"
-                                 "Edit BrennikClient.ini in the program's folder instead."));
-    EXPECT_EQ(user.titles, std::vector<std::string>(2, "Ostrand Brennik Client"));
+    EXPECT_EQ(user.met, std::vector<std::string>(2, "frmBrennikProfiles"));
 }
 
 TEST_F(FrmBrennikClient, OpensItsMenuByTheKeyboard) {
