@@ -5,7 +5,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -168,7 +167,7 @@ TEST_F(RealWindows, RunAProfileByKeysAndListEveryFile) {
 
 TEST_F(RealWindows, AddAProfileByKeysAloneAndRunIt) {
     WriteFile(folder_ / "served/readme.txt", "text\r\n");
-    std::filesystem::create_directory(folder_ / "received");
+    EXPECT_EQ(ProgramRun({"/bin/mkdir", folder_ / "received"}).Wait(), 0);
     StartService({"--listen", "127.0.0.1:0"}, {});
     StartDisplay();
     StartProgram();
