@@ -256,6 +256,69 @@ TEST_F(KeyInjection, TellsAFailureWhenTheCloseOfAWholeFileFails) {
     EXPECT_THAT(Outcome(), ElementsAre(kStarting, kFailed));
 }
 
+// ---- A device that changes its directory: the same, with a frame less ahead of the file.
+
+class KeyInjectionOnP400 : public KeyInjection {
+  protected:
+    KeyInjectionOnP400() { config.strPlatformName("P400PLUS"); }
+    /// What it is sent behind the answer to that frame, and the outcome.
+    void Expect(int32_t nFrame, const std::string& strAnswer, const Lines& behind,
+                const Lines& outcome) {
+        AnswerFrame(nFrame, strAnswer);
+        EXPECT_EQ(Run(), 0);
+        Lines injected = Injected();
+        ASSERT_GE(injected.size(), static_cast<size_t>(nFrame));
+        injected.erase(injected.begin(), injected.begin() + nFrame);
+        EXPECT_EQ(injected, behind);
+        EXPECT_EQ(Outcome(), outcome);
+        EXPECT_EQ(device.Payloads().back(), "S") << "the relay goes on behind it";
+    }
+};
+
+TEST_F(KeyInjectionOnP400, EndsWithoutAnOutcomeWhenTheDirectoryIsRefused) {
+    Expect(1, "\x15", {}, {kStarting});
+}
+
+TEST_F(KeyInjectionOnP400, EndsWithoutAWordOnSilenceBehindTheDirectory) {
+    Expect(1, "", {}, {kStarting});
+}
+
+TEST_F(KeyInjectionOnP400, TellsAFailureOnSilenceBehindTheOpenPacket) {
+    Expect(2, "", {}, {kStarting, kFailed});
+}
+
+TEST_F(KeyInjectionOnP400, GoesOnBehindARefusedOpenPacket) {
+    Expect(2, "\x15", {WritePacket(kRecord), "C"}, {kStarting, kDone});
+}
+
+TEST_F(KeyInjectionOnP400, SendsTheTailOfTheRecordBehindAResumeReply) {
+    Expect(2, "\x02R5\x03", {WritePacket(kRecord.substr(5)), "C"}, {kStarting, kDone});
+}
+
+TEST_F(KeyInjectionOnP400, ClosesAFileThatIsThereAsAWhole) {
+    Expect(2, "\x02R37\x03", {"C"}, {kStarting, kDone});
+}
+
+TEST_F(KeyInjectionOnP400, EndsWithoutAWordOnMalformedDigits) {
+    Expect(2, "\x02Rxyz\x03", {}, {kStarting});
+}
+
+TEST_F(KeyInjectionOnP400, TellsASuccessWhenTheDataIsRefused) {
+    Expect(3, "\x15", {}, {kStarting, kDone});
+}
+
+TEST_F(KeyInjectionOnP400, EndsWithoutAWordOnSilenceBehindTheData) {
+    Expect(3, "", {}, {kStarting});
+}
+
+TEST_F(KeyInjectionOnP400, TellsAFailureOnSilenceBehindTheLastClose) {
+    Expect(4, "", {}, {kStarting, kFailed});
+}
+
+TEST_F(KeyInjectionOnP400, TellsASuccessWhenTheLastCloseIsRefused) {
+    Expect(4, "\x15", {}, {kStarting, kDone});
+}
+
 // ---- When there is one at all.
 
 TEST_F(KeyInjection, GoesIntoFullDownloadsOnly) {
@@ -283,15 +346,7 @@ TEST_F(KeyInjection, GoesIntoEachApplicationOfASeries) {
 }
 
 TEST_F(KeyInjection, GoesIntoAForcedFullDownload) {
-    config.lPassThruType(2);
-    device.ExpectLrc(true);
-    device.On("[3.9,2,U,Q,0,0,,,F,]", {Saying("\x06" + LrcFrame("3.9,1,T,Q,0,0,,,A"))});
-    device.On("ACK", {CrcFrame(DeviceRequest("XDL", "F"))});
-    device.onHeard = [this, note = device.onHeard](const std::string& strText) {
-        note(strText);
-        if (strText == "ACK")
-            device.ExpectLrc(false);
-    };
+    ForceFullDownload();
     Serve("VFI,VX520,XDL,F,APP,T1,EPROM,1024,4096,PT7,,", {"S"});
     EXPECT_EQ(Run(), 0);
     EXPECT_THAT(Outcome(), ElementsAre(kStarting, kDone));

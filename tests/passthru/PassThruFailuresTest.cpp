@@ -279,6 +279,16 @@ TEST_F(PassThruFailures, AServerThatFallsSilentBehindARefusalGivesItsOwnText) {
     EXPECT_EQ(LastWire(), "D:ACK");
 }
 
+TEST_F(PassThruFailures, ADeviceThatFallsSilentBehindARefusalGivesItsOwnText) {
+    FallBack();
+    server.On("[" + EditedRequest("XDL", "P") + "]", {Saying("\x06" + CrcFrame("C"))});
+    device.On("[C]", {""});
+    EXPECT_EQ(Run(), 1);
+    ExpectError(kTimedOutCode, kTimedOut);
+    EXPECT_EQ(LastWire(), "D:[C]");
+    EXPECT_EQ(LogWith("ERROR").size(), 1u);
+}
+
 TEST_F(PassThruFailures, AFrameThatTheDeviceRefusesBehindARefusalEndsTheRunWithoutAText) {
     FallBack();
     server.On("[" + EditedRequest("XDL", "P") + "]", {Saying("\x06" + CrcFrame("C"))});

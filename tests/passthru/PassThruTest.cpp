@@ -1,5 +1,6 @@
 #include "passthru/PassThruRun.h"
 #include "tests/passthru/PassThruWorld.h"
+#include "tests/session/SessionWorld.h"
 
 #include <gmock/gmock.h>
 
@@ -9,7 +10,6 @@ namespace {
 using session::Open;
 using session::Write;
 using ::testing::ElementsAre;
-using ::testing::ElementsAreArray;
 
 TEST(PassThruStateName, NamesEveryStateAndNothingElse) {
     const Lines names{"PASSTHRU_ST_COMLETE",         "PASSTHRU_ST_ERROR",
@@ -65,16 +65,7 @@ TEST_F(PassThru, PassesAFullDownloadThrough) {
 }
 
 TEST_F(PassThru, ForcesAFullDownload) {
-    config.lPassThruType(2);
-    device.ExpectLrc(true);
-    device.On("[3.9,2,U,Q,0,0,,,F,]", {Saying("\x06" + LrcFrame("3.9,1,T,Q,0,0,,,A"))});
-    device.On("ACK", {CrcFrame(DeviceRequest("XDL", "F"))});
-    device.onHeard = [this, note = device.onHeard](const std::string& strText) {
-        note(strText);
-        if (strText == "ACK")
-            device.ExpectLrc(false);
-    };
-    device.Always("[]", "\x06");
+    ForceFullDownload();
     const std::string strEdited = "VFI,VX520,XDL,F,APP,T1,EPROM,1024,4096,PT7,,";
     Serve(strEdited, {"S"});
     EXPECT_EQ(Run(), 0);
@@ -217,7 +208,56 @@ TEST_F(PassThru, GivesTheDeviceTheServersVerdictOnItsRequest) {
     EXPECT_EQ(device.Count("NAK"), 1);
 }
 
+TEST_F(PassThru, PassesAnyVerdictOnButNothingElseThatIsNoAnswer) {
+    Ask(DeviceRequest("XDL", "P"));
+    server.On("[" + EditedRequest("XDL", "P") + "]", {Saying("v" + CrcFrame("S"))});
+    device.On("[S]", {"zz\x06"});
+    EXPECT_EQ(Run(), 0);
+    EXPECT_THAT(wires, ElementsAre("D:ENQ", "S:[" + EditedRequest("XDL", "P") + "]", "D:noise",
+                                   "D:[S]", "S:ACK"));
+}
+
+TEST_F(PassThru, PassesNoNoiseOnInAnUpload) {
+    Upload({"C", "S"});
+    server.On("[C]", {"zz\x06"});
+    EXPECT_EQ(Run(), 0);
+    EXPECT_EQ(device.Count("noise"), 0);
+    EXPECT_THAT(Lines(wires.end() - 4, wires.end()),
+                ElementsAre("S:[C]", "D:ACK", "S:[S]", "D:ACK"));
+}
+
+TEST_F(PassThru, CopiesAnAnswerOfManyBytesAsItIs) {
+    Download("XDL", "P");
+    const std::string strAnswer = "\x02R4\x03??"; // with a check that is none
+    device.On("[" + Open("a.bin", 4) + "]", {Saying(strAnswer)});
+    server.On("bad[R4]", {CrcFrame("S")});
+    EXPECT_EQ(Run(), 0);
+    EXPECT_TRUE(server.Bytes().find(strAnswer) != std::string::npos);
+    EXPECT_EQ(device.Payloads(), (Lines{Open("a.bin", 4), "S"}));
+}
+
+TEST_F(PassThru, TellsTheProgressOfTheLastFileAlone) {
+    Ask(DeviceRequest("XDL", "P"));
+    const std::string strAppend = Open("b.bin", 9, 'A');
+    Serve(EditedRequest("XDL", "P"),
+          {Open("a.bin", 4), Write("data"), "C", strAppend, Write("ab"), Write("cde"), "C", "S"});
+    EXPECT_EQ(Run(), 0);
+    EXPECT_EQ(engine->strDownloadFileName(), "b.bin");
+    EXPECT_EQ(engine->lDownloadFileSize(), 9);
+    EXPECT_EQ(engine->lFileBytesDownloaded(), 5);
+}
+
 // ---- The extra reboot of a device that is told to download.
+
+TEST_F(PassThru, MakesNoExtraRebootBehindAnUpload) {
+    config.bPedDownload(true);
+    Upload({"S"});
+    EXPECT_EQ(Run(), 0);
+    EXPECT_THAT(LogWith("State="),
+                ElementsAre("State=PASSTHRU_ST_UPLOADFILES",
+                            "[B] State=PASSTHRU_ST_UPLOADFILES, Exiting now as session is "
+                            "complete"));
+}
 
 TEST_F(PassThru, MakesOneExtraRebootCycleForAPedDownload) {
     AnswerStatusQueries();
@@ -238,6 +278,29 @@ TEST_F(PassThru, MakesOneExtraRebootCycleForAPedDownload) {
                             "State=PASSTHRU_ST_FULLDOWNLOAD",
                             "[B] State=PASSTHRU_ST_FULLDOWNLOAD, Exiting now as session is "
                             "complete"));
+}
+
+TEST_F(PassThru, TellsTheDeviceAnewInAnotherRunOfTheSameEngine) {
+    AnswerStatusQueries();
+    TellToDownload();
+    server.Always("[]", "\x06" + CrcFrame("S"));
+    const std::string strCommand = std::string("[") + kDownloadCommand + "]";
+    EXPECT_EQ(Run(), 0);
+    EXPECT_EQ(device.Count(strCommand), 2) << "once ahead of the extra reboot, and once behind it";
+    EXPECT_EQ(RunAgain(), 0);
+    EXPECT_EQ(device.Count(strCommand), 4);
+}
+
+TEST_F(PassThru, ForgetsInAnotherRunThatTheDeviceHasAnswered) {
+    AnswerStatusQueries();
+    TellToDownload();
+    server.Always("[]", "\x06" + CrcFrame("S"));
+    EXPECT_EQ(Run(), 0);
+    EXPECT_TRUE(TBrennikProtocolTestAccess(*engine).bDeviceAnswered());
+    config.bPedDownload(false);
+    Download("XDL", "P");
+    EXPECT_EQ(RunAgain(), 0);
+    EXPECT_FALSE(TBrennikProtocolTestAccess(*engine).bDeviceAnswered());
 }
 
 // ---- Failures.
@@ -277,15 +340,26 @@ TEST_F(PassThru, EndsWithTheServersRefusalInADownload) {
 }
 
 TEST_F(PassThru, EndsBehindAFrameThatItDoesNotUnderstand) {
-    for (const std::string strPayload : {"X", ""}) {
-        wires.clear();
-        Ask(DeviceRequest("XDL", "P"));
-        Serve(EditedRequest("XDL", "P"), {strPayload});
-        EXPECT_EQ(Run(), 1);
-        ExpectError(1000022, "Unknown brennik packet type");
-        EXPECT_EQ(wires.at(wires.size() - 2), "D:[" + strPayload + "]");
-        EXPECT_EQ(wires.back(), "S:ACK");
-    }
+    Ask(DeviceRequest("XDL", "P"));
+    Serve(EditedRequest("XDL", "P"), {"X", "S"});
+    EXPECT_EQ(Run(), 1);
+    ExpectError(1000022, "Unknown brennik packet type");
+    EXPECT_THAT(Lines(wires.end() - 2, wires.end()), ElementsAre("D:[X]", "S:ACK"));
+}
+
+TEST_F(PassThru, EndsBehindAnEmptyFrameOnceItIsDelivered) {
+    Ask(DeviceRequest("XDL", "P"));
+    Serve(EditedRequest("XDL", "P"), {"", "S"});
+    EXPECT_EQ(Run(), 1);
+    ExpectError(1000022, "Unknown brennik packet type");
+    EXPECT_THAT(Lines(wires.end() - 2, wires.end()), ElementsAre("D:[]", "S:ACK"));
+}
+
+TEST_F(PassThru, EndsAnUploadBehindAnEmptyFrameOnceItIsDelivered) {
+    Upload({"", "S"});
+    EXPECT_EQ(Run(), 1);
+    ExpectError(1000022, "Unknown brennik packet type");
+    EXPECT_THAT(Lines(wires.end() - 2, wires.end()), ElementsAre("S:[]", "D:ACK"));
 }
 
 TEST_F(PassThru, TakesTheTextOfADeviceThatFallsSilentInAnUploadFromTheServersLink) {
@@ -323,9 +397,7 @@ TEST_F(PassThru, KeepsTheStateOfAnUploadThatTheDeviceRefused) {
 }
 
 TEST_F(PassThru, KeepsTheStateOfAForcedDownloadThatTheDeviceRefused) {
-    config.lPassThruType(2);
-    device.ExpectLrc(true);
-    device.On("[3.9,2,U,Q,0,0,,,F,]", {Saying("\x06" + LrcFrame("3.9,1,T,Q,0,0,,,N"))});
+    ForceFullDownload("3.9,1,T,Q,0,0,,,N");
     EXPECT_EQ(Run(), 1);
     ExpectError(1000032, "Quayminder does not authorise upload of files");
     EXPECT_EQ(LogWith("[B] State=PASSTHRU_ST_FULLDOWNLOAD").size(), 1u);

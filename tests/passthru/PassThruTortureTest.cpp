@@ -3,6 +3,7 @@
 #include "tests/passthru/PlainRelay.h"
 #include "tests/world/SeededMangler.h"
 #include "tests/world/TestOptions.h"
+#include "tests/world/WatchedHost.h"
 
 #include <gtest/gtest.h>
 
@@ -44,7 +45,7 @@ class GatedMangler : public world::Mangler {
 
 /// What the driver sees and sends, from the moment on at which the server's verdict on the first
 /// packet went to the device.
-struct Watched {
+struct Watched : world::Watcher {
     bool bRelay = false;
     bool bServerAsked = false;
     std::vector<RelaySight> sights;
@@ -56,118 +57,31 @@ struct Watched {
         if (bRelay)
             sights.push_back(std::move(sight));
     }
-};
-
-class WatchedClock : public Clock {
-  public:
-    WatchedClock(Clock& clock, Watched& watched) : clock_(clock), watched_(watched) {}
-    float SecondsSinceMidnight() override {
-        const float dNow = clock_.SecondsSinceMidnight();
-        watched_.See({RelaySight::Kind::Time, dNow, {}});
-        return dNow;
+    void TimeRead(float dNow) override { See({RelaySight::Kind::Time, dNow, {}}); }
+    void ConnectionSilent() override { See({RelaySight::Kind::ServerNothing, 0, {}}); }
+    void ConnectionRead(std::string_view strBytes) override {
+        See({RelaySight::Kind::ServerBytes, 0, std::string(strBytes)});
     }
-    DateTime LocalNow() override { return clock_.LocalNow(); }
-    int32_t LocalOffsetSeconds() override { return clock_.LocalOffsetSeconds(); }
-    std::string MonthName(int32_t iMonth) override { return clock_.MonthName(iMonth); }
-    void Sleep(int32_t lMilliseconds) override { clock_.Sleep(lMilliseconds); }
-
-  private:
-    Clock& clock_;
-    Watched& watched_;
-};
-
-class WatchedSockets : public Sockets {
-  public:
-    WatchedSockets(Sockets& sockets, Watched& watched) : sockets_(sockets), watched_(watched) {}
-    int32_t BytesWaiting(int32_t lSocket, int32_t& lBytes) override {
-        const int32_t lResult = sockets_.BytesWaiting(lSocket, lBytes);
-        if (lResult == 0 && lBytes == 0)
-            watched_.See({RelaySight::Kind::ServerNothing, 0, {}});
-        return lResult;
+    void ConnectionWriting(std::string_view strBytes) override {
+        if (bRelay)
+            strToServer += strBytes;
+        bServerAsked = true;
     }
-    int32_t Receive(int32_t lSocket, char* buffer, int32_t lLength) override {
-        const int32_t lResult = sockets_.Receive(lSocket, buffer, lLength);
-        if (lResult > 0)
-            watched_.See({RelaySight::Kind::ServerBytes, 0,
-                          std::string(buffer, static_cast<size_t>(lResult))});
-        return lResult;
+    void PortSilent() override { See({RelaySight::Kind::DeviceNothing, 0, {}}); }
+    void PortRead(std::string_view strBytes) override {
+        See({RelaySight::Kind::DeviceByte, 0, std::string(strBytes)});
     }
-    int32_t Send(int32_t lSocket, std::string_view strData) override {
-        if (watched_.bRelay)
-            watched_.strToServer += strData;
-        watched_.bServerAsked = true;
-        return sockets_.Send(lSocket, strData);
+    void PortWriting(std::string_view strBytes) override {
+        if (bRelay)
+            strToDevice += strBytes;
     }
-    int32_t Startup(int32_t lVersion) override { return sockets_.Startup(lVersion); }
-    void Cleanup() override { sockets_.Cleanup(); }
-    int32_t LastError() override { return sockets_.LastError(); }
-    int32_t Socket() override { return sockets_.Socket(); }
-    int32_t Connect(int32_t lSocket, uint32_t lAddress, uint16_t iPort) override {
-        return sockets_.Connect(lSocket, lAddress, iPort);
-    }
-    int32_t SetNonBlocking(int32_t lSocket) override { return sockets_.SetNonBlocking(lSocket); }
-    int32_t SelectWritable(int32_t lSocket, int32_t lSeconds) override {
-        return sockets_.SelectWritable(lSocket, lSeconds);
-    }
-    void Shutdown(int32_t lSocket) override { sockets_.Shutdown(lSocket); }
-    int32_t CloseSocket(int32_t lSocket) override { return sockets_.CloseSocket(lSocket); }
-    std::vector<std::string> GetHostByName(const std::string& strName) override {
-        return sockets_.GetHostByName(strName);
-    }
-    uint32_t InetAddr(const std::string& strAddress) override {
-        return sockets_.InetAddr(strAddress);
-    }
-    uint16_t HostToNetworkPort(uint16_t iPort) override {
-        return sockets_.HostToNetworkPort(iPort);
-    }
-    void WaitReadable(int32_t lSocket, int32_t lMilliseconds) override {
-        sockets_.WaitReadable(lSocket, lMilliseconds);
-    }
-
-  private:
-    Sockets& sockets_;
-    Watched& watched_;
-};
-
-class WatchedComPorts : public ComPorts {
-  public:
-    WatchedComPorts(ComPorts& comPorts, Watched& watched)
-        : comPorts_(comPorts), watched_(watched) {}
-    bool Read(int32_t hPort, char* buffer, int32_t lCount, int32_t& lRead) override {
-        const bool bRead = comPorts_.Read(hPort, buffer, lCount, lRead);
-        if (bRead && lRead == 0)
-            watched_.See({RelaySight::Kind::DeviceNothing, 0, {}});
-        else if (bRead)
-            watched_.See(
-                {RelaySight::Kind::DeviceByte, 0, std::string(buffer, static_cast<size_t>(lRead))});
-        return bRead;
-    }
-    bool Write(int32_t hPort, std::string_view strData, int32_t& lWritten) override {
-        if (watched_.bRelay)
-            watched_.strToDevice += strData;
-        const bool bWritten = comPorts_.Write(hPort, strData, lWritten);
-        if (watched_.bServerAsked) { // the verdict; the relay begins behind it
-            watched_.bRelay = true;
-            *watched_.loose = true;
+    void PortWritten() override {
+        if (bServerAsked) { // the verdict; the relay begins behind it
+            bRelay = true;
+            *loose = true;
         }
-        return bWritten;
     }
-    bool Close(int32_t hPort) override {
-        watched_.bRelay = false;
-        return comPorts_.Close(hPort);
-    }
-    int32_t LastError() override { return comPorts_.LastError(); }
-    int32_t Open(const std::string& strPort) override { return comPorts_.Open(strPort); }
-    void Purge(int32_t hPort, int32_t lFlags) override { comPorts_.Purge(hPort, lFlags); }
-    bool GetState(int32_t hPort, DCB& dcb) override { return comPorts_.GetState(hPort, dcb); }
-    bool SetState(int32_t hPort, const DCB& dcb) override { return comPorts_.SetState(hPort, dcb); }
-    bool SetTimeouts(int32_t hPort, const CommTimeouts& timeouts) override {
-        return comPorts_.SetTimeouts(hPort, timeouts);
-    }
-
-  private:
-    ComPorts& comPorts_;
-    Watched& watched_;
+    void PortClosing() override { bRelay = false; }
 };
 
 /// One tortured run: the driver and the model, fed with the same.
@@ -198,13 +112,8 @@ class Ordeal {
 
     void Run() {
         host_.SetBudget(3000000);
-        WatchedClock clock(host_.clock, watched_);
-        WatchedSockets sockets(host_.network, watched_);
-        WatchedComPorts comPorts(host_.comPorts, watched_);
-        Host watchedHost{clock,           sockets,      comPorts, host_.files, host_.profileStrings,
-                         host_.processes, host_.ostRtl, {}};
-        watchedHost.pumpEvents = [] {};
-        ScopedHost scoped(watchedHost);
+        world::WatchedHost watched(host_.TheHost(), watched_);
+        ScopedHost scoped(watched.TheHost());
         TBrennikClientConfig config;
         config.lOperatingMode(2);
         config.lPassThruType(bUpload_ ? 1 : 0);

@@ -150,6 +150,19 @@ void PassThruTest::TellToDownload(const std::string& strRequest) {
     };
 }
 
+void PassThruTest::ForceFullDownload(const std::string& strReply) {
+    config.lPassThruType(2);
+    device.ExpectLrc(true);
+    device.On("[3.9,2,U,Q,0,0,,,F,]", {Saying("\x06" + LrcFrame(strReply))});
+    device.On("ACK", {CrcFrame(DeviceRequest("XDL", "F"))});
+    device.onHeard = [this, note = device.onHeard](const std::string& strText) {
+        note(strText);
+        if (strText == "ACK")
+            device.ExpectLrc(false);
+    };
+    device.Always("[]", "\x06");
+}
+
 void PassThruTest::AskForLocalList() {
     config.strTmsAppFolder("/tms");
     host.files.Put("/tms/download.txt", "a.txt\r\n");
@@ -193,6 +206,10 @@ void PassThruTest::AnswerStatusQueries() {
 
 int32_t PassThruTest::Run() {
     engine = std::make_unique<TBrennikProtocol>();
+    return RunAgain();
+}
+
+int32_t PassThruTest::RunAgain() {
     const int32_t lResult = engine->DoBrennikProtocol(config, "C:\\config", 7);
     host.RunFor(10 * kMillisecond); // what is still under way arrives
     EXPECT_TRUE(LogWith(PassThruStateName(PASSTHRU_ST_ERROR)).empty());

@@ -55,6 +55,8 @@ class PassThruTest : public world::WorldTest {
     void Upload(const std::vector<std::string>& payloads);
     /// The profile has the device told to download; it agrees each time and asks so.
     void TellToDownload(const std::string& strRequest = DeviceRequest("XDL", "F"));
+    /// The profile forces a full download; the device replies so, and asks for one when it agreed.
+    void ForceFullDownload(const std::string& strReply = "3.9,1,T,Q,0,0,,,A");
     /// The profile has a local list of one file, for which the device asks when it is polled.
     void AskForLocalList();
     /// The device asks by an enquiry when it is polled for the next time, to which the server
@@ -72,6 +74,8 @@ class PassThruTest : public world::WorldTest {
 
     /// The state that only has a name never stands in the log of a run.
     int32_t Run();
+    /// Another run of the same engine.
+    int32_t RunAgain();
 
     /// The log without dates and tags; "INFO   : " is left out.
     Lines Log() const;

@@ -5,6 +5,7 @@
 #include "tests/world/SeededMangler.h"
 #include "tests/world/SimHost.h"
 #include "tests/world/TestOptions.h"
+#include "tests/world/WatchedHost.h"
 
 #include <gtest/gtest.h>
 
@@ -23,112 +24,20 @@ using world::MangleRates;
 using world::SeededNumbers;
 
 // Notes what the engine sees of time and of the connection, and what it sends.
-class WatchedClock : public Clock {
+class Notes : public world::Watcher {
   public:
-    WatchedClock(Clock& clock, std::vector<Sight>& sights) : clock_(clock), sights_(sights) {}
-    float SecondsSinceMidnight() override {
-        const float dNow = clock_.SecondsSinceMidnight();
-        sights_.push_back({Sight::Kind::Time, dNow, {}});
-        return dNow;
+    void TimeRead(float dNow) override { sights.push_back({Sight::Kind::Time, dNow, {}}); }
+    void ConnectionSilent() override { sights.push_back({Sight::Kind::Nothing, 0, {}}); }
+    void ConnectionRead(std::string_view strBytes) override {
+        sights.push_back({Sight::Kind::Bytes, 0, std::string(strBytes)});
     }
-    DateTime LocalNow() override { return clock_.LocalNow(); }
-    int32_t LocalOffsetSeconds() override { return clock_.LocalOffsetSeconds(); }
-    std::string MonthName(int32_t iMonth) override { return clock_.MonthName(iMonth); }
-    void Sleep(int32_t lMilliseconds) override { clock_.Sleep(lMilliseconds); }
+    void ConnectionWriting(std::string_view strBytes) override { strSent += strBytes; }
+    void PortSilent() override { ConnectionSilent(); }
+    void PortRead(std::string_view strBytes) override { ConnectionRead(strBytes); }
+    void PortWriting(std::string_view strBytes) override { ConnectionWriting(strBytes); }
 
-  private:
-    Clock& clock_;
-    std::vector<Sight>& sights_;
-};
-
-class WatchedSockets : public Sockets {
-  public:
-    WatchedSockets(Sockets& sockets, std::vector<Sight>& sights)
-        : sockets_(sockets), sights_(sights) {}
-
-    int32_t BytesWaiting(int32_t lSocket, int32_t& lBytes) override {
-        const int32_t lResult = sockets_.BytesWaiting(lSocket, lBytes);
-        if (lResult == 0 && lBytes == 0)
-            sights_.push_back({Sight::Kind::Nothing, 0, {}});
-        return lResult;
-    }
-    int32_t Receive(int32_t lSocket, char* buffer, int32_t lLength) override {
-        const int32_t lResult = sockets_.Receive(lSocket, buffer, lLength);
-        if (lResult > 0)
-            sights_.push_back(
-                {Sight::Kind::Bytes, 0, std::string(buffer, static_cast<size_t>(lResult))});
-        return lResult;
-    }
-    int32_t Send(int32_t lSocket, std::string_view strData) override {
-        strSent += strData;
-        return sockets_.Send(lSocket, strData);
-    }
-    int32_t Startup(int32_t lVersion) override { return sockets_.Startup(lVersion); }
-    void Cleanup() override { sockets_.Cleanup(); }
-    int32_t LastError() override { return sockets_.LastError(); }
-    int32_t Socket() override { return sockets_.Socket(); }
-    int32_t Connect(int32_t lSocket, uint32_t lAddress, uint16_t iPort) override {
-        return sockets_.Connect(lSocket, lAddress, iPort);
-    }
-    int32_t SetNonBlocking(int32_t lSocket) override { return sockets_.SetNonBlocking(lSocket); }
-    int32_t SelectWritable(int32_t lSocket, int32_t lSeconds) override {
-        return sockets_.SelectWritable(lSocket, lSeconds);
-    }
-    void Shutdown(int32_t lSocket) override { sockets_.Shutdown(lSocket); }
-    int32_t CloseSocket(int32_t lSocket) override { return sockets_.CloseSocket(lSocket); }
-    std::vector<std::string> GetHostByName(const std::string& strName) override {
-        return sockets_.GetHostByName(strName);
-    }
-    uint32_t InetAddr(const std::string& strAddress) override {
-        return sockets_.InetAddr(strAddress);
-    }
-    uint16_t HostToNetworkPort(uint16_t iPort) override {
-        return sockets_.HostToNetworkPort(iPort);
-    }
-    void WaitReadable(int32_t lSocket, int32_t lMilliseconds) override {
-        sockets_.WaitReadable(lSocket, lMilliseconds);
-    }
-
+    std::vector<Sight> sights;
     std::string strSent;
-
-  private:
-    Sockets& sockets_;
-    std::vector<Sight>& sights_;
-};
-
-class WatchedComPorts : public ComPorts {
-  public:
-    WatchedComPorts(ComPorts& comPorts, std::vector<Sight>& sights)
-        : comPorts_(comPorts), sights_(sights) {}
-
-    bool Read(int32_t hPort, char* buffer, int32_t lCount, int32_t& lRead) override {
-        const bool bRead = comPorts_.Read(hPort, buffer, lCount, lRead);
-        if (bRead && lRead == 0)
-            sights_.push_back({Sight::Kind::Nothing, 0, {}});
-        else if (bRead)
-            sights_.push_back(
-                {Sight::Kind::Bytes, 0, std::string(buffer, static_cast<size_t>(lRead))});
-        return bRead;
-    }
-    bool Write(int32_t hPort, std::string_view strData, int32_t& lWritten) override {
-        strSent += strData;
-        return comPorts_.Write(hPort, strData, lWritten);
-    }
-    int32_t LastError() override { return comPorts_.LastError(); }
-    int32_t Open(const std::string& strPort) override { return comPorts_.Open(strPort); }
-    bool Close(int32_t hPort) override { return comPorts_.Close(hPort); }
-    void Purge(int32_t hPort, int32_t lFlags) override { comPorts_.Purge(hPort, lFlags); }
-    bool GetState(int32_t hPort, DCB& dcb) override { return comPorts_.GetState(hPort, dcb); }
-    bool SetState(int32_t hPort, const DCB& dcb) override { return comPorts_.SetState(hPort, dcb); }
-    bool SetTimeouts(int32_t hPort, const CommTimeouts& timeouts) override {
-        return comPorts_.SetTimeouts(hPort, timeouts);
-    }
-
-    std::string strSent;
-
-  private:
-    ComPorts& comPorts_;
-    std::vector<Sight>& sights_;
 };
 
 using FileMap = std::map<std::string, std::string>;
@@ -191,12 +100,8 @@ class Ordeal {
     }
 
     void Run() {
-        WatchedClock clock(host_.clock, sights_);
-        WatchedSockets sockets(host_.network, sights_);
-        WatchedComPorts comPorts(host_.comPorts, sights_);
-        Host watched{clock,           sockets,     comPorts, host_.files, host_.profileStrings,
-                     host_.processes, host_.ostRtl};
-        ScopedHost scoped(watched);
+        world::WatchedHost watched(host_.TheHost(), notes_);
+        ScopedHost scoped(watched.TheHost());
         TBrennikClientConfig config;
         config.lOperatingMode(over_ == Over::Tcp ? 0 : 1);
         config.iServerComPort(3);
@@ -222,12 +127,12 @@ class Ordeal {
                     config.lSendPacketAttempts()};
         TBrennikProtocol engine;
         result = engine.DoBrennikProtocol(config, "", 1);
-        strSent = sockets.strSent + comPorts.strSent;
+        strSent = notes_.strSent;
         strErrorMessage = engine.strErrorMessage();
         lErrorCode = engine.lErrorCode();
         lNumFiles = engine.lNumFilesDownloaded();
 
-        PlainClient model(profile_, sights_);
+        PlainClient model(profile_, notes_.sights);
         expected = model.Run();
         bAllSeen = model.bAllSeen();
     }
@@ -248,7 +153,7 @@ class Ordeal {
     bool bFed() const { return bFed_; }
 
     /// What the engine saw, and the profile by which the model judges it.
-    const std::vector<Sight>& Sights() const { return sights_; }
+    const std::vector<Sight>& Sights() const { return notes_.sights; }
     const PlainProfile& Profile() const { return profile_; }
 
     int32_t result = -1;
@@ -276,7 +181,7 @@ class Ordeal {
     Served served_;
     world::SimHost host_;
     world::SeededMangler* mangler_ = nullptr;
-    std::vector<Sight> sights_;
+    Notes notes_;
     PlainProfile profile_;
     bool bFed_ = false;
 };
