@@ -270,37 +270,41 @@ int32_t TEncryption::DecryptRsa(const std::string& strKey, const std::string& st
                      kRsaBuffer, strData, strResult, strKey);
 }
 
+// What the next two build goes into a string of its own: the caller may give one string for both.
+
 int32_t TEncryption::EncryptVisibleChar(const std::string& strData, std::string& strResult) {
-    return GuardedWithText(
+    if (strData.empty()) {
+        strErrorMessage_ = kEmptyInput;
+        return 1;
+    }
+    std::string strBuilt;
+    const int32_t lStatus = GuardedWithText(
         strErrorMessage_, "TEncryption.EncryptVisibleChar() Failed - ", 1, [&]() -> int32_t {
-            if (strData.empty()) {
-                strErrorMessage_ = kEmptyInput;
-                return 1;
-            }
             static const Table table = BuildEncryptTable();
-            strResult.clear();
             for (size_t nPlace = 0; nPlace < strData.size(); ++nPlace) {
                 const char cByte = strData[nPlace];
                 if (!IsVisible(cByte)) {
                     strErrorMessage_ = OutOfRange(cByte);
                     return 1;
                 }
-                AppendValue(strResult,
+                AppendValue(strBuilt,
                             (cByte - kFirstVisible) * table[nPlace % kTableSize] % kModulus);
             }
             return 0;
         });
+    strResult = std::move(strBuilt);
+    return lStatus;
 }
 
 int32_t TEncryption::DecryptVisibleChar(const std::string& strData, std::string& strResult) {
-    return GuardedWithText(
+    if (strData.empty()) {
+        strErrorMessage_ = kEmptyInput;
+        return 1;
+    }
+    std::string strBuilt;
+    const int32_t lStatus = GuardedWithText(
         strErrorMessage_, "TEncryption.DecryptVisibleChar() Failed - ", 1, [&]() -> int32_t {
-            if (strData.empty()) {
-                strErrorMessage_ = kEmptyInput;
-                return 1;
-            }
             static const Table table = BuildDecryptTable();
-            strResult.clear();
             // An escape takes two characters of the input and gives one of the output, by whose
             // place the table goes.
             for (size_t nPlace = 0; nPlace < strData.size(); ++nPlace) {
@@ -316,11 +320,13 @@ int32_t TEncryption::DecryptVisibleChar(const std::string& strData, std::string&
                     }
                     lValue = ValueBehindEscape(strData[nPlace]);
                 }
-                strResult += static_cast<char>(
-                    lValue * table[strResult.size() % kTableSize] % kModulus + kFirstVisible);
+                strBuilt += static_cast<char>(
+                    lValue * table[strBuilt.size() % kTableSize] % kModulus + kFirstVisible);
             }
             return 0;
         });
+    strResult = std::move(strBuilt);
+    return lStatus;
 }
 
 } // namespace brennik

@@ -57,7 +57,8 @@ class TEncryption {
                                      std::string& strResult);
 
     /// Visible characters, 32 to 126, to visible characters and back. What stands behind a
-    /// character out of range isn't looked at; strResult then holds what came before it.
+    /// character out of range isn't looked at; strResult then holds what came before it. An empty
+    /// strData is a failure that leaves strResult alone; both may be one string.
     [[nodiscard]] int32_t EncryptVisibleChar(const std::string& strData, std::string& strResult);
     [[nodiscard]] int32_t DecryptVisibleChar(const std::string& strData, std::string& strResult);
 
