@@ -144,8 +144,12 @@ ConfigControls::ConfigControls(QDialog& window)
     auto* layout = new QVBoxLayout(&window);
     layout->addWidget(TabStrip1, 1);
     constexpr std::array kTabs = {"General", "Communications", "Client", "Logging"};
-    for (size_t i = 0; i < kTabs.size(); ++i)
-        TabStrip1->addTab(fraBrennik[i], Text(kTabs[i]));
+    for (size_t i = 0; i < kTabs.size(); ++i) {
+        auto* page = new QWidget; // keeps the frame off the border of the tabs
+        auto* margins = new QVBoxLayout(page);
+        margins->addWidget(fraBrennik[i]);
+        TabStrip1->addTab(page, Text(kTabs[i]));
+    }
     auto* buttons = new QHBoxLayout;
     layout->addLayout(buttons);
     buttons->addStretch();

@@ -4,6 +4,7 @@
 #include "platform/RuntimeFailure.h"
 
 #include <QByteArray>
+#include <QKeyEvent>
 
 namespace brennik {
 
@@ -64,6 +65,13 @@ std::string ListField::Bytes() const {
     if (nIndex >= 0 && itemText(nIndex) == currentText())
         return ItemBytes(nIndex);
     return currentText() == strTypedShown_ ? strTyped_ : BytesOf(currentText());
+}
+
+void ListField::keyPressEvent(QKeyEvent* event) {
+    if (event->key() == Qt::Key_Tab || event->key() == Qt::Key_Backtab)
+        event->ignore();
+    else
+        QComboBox::keyPressEvent(event);
 }
 
 } // namespace brennik

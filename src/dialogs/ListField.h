@@ -35,6 +35,10 @@ class ListField : public QComboBox, public ListControl {
     /// The chosen entry, or what was typed; empty when nothing is chosen.
     std::string Bytes() const;
 
+  protected:
+    /// Ctrl+Tab belongs to the tabs around it; the toolkit would look for an entry of that name.
+    void keyPressEvent(QKeyEvent* event) override;
+
   private:
     std::string ItemBytes(int nIndex) const;
 

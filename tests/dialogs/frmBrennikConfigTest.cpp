@@ -64,6 +64,14 @@ TEST_F(FrmBrennikConfig, ShowsOneFrameAtATimeBeginningWithTheFirst) {
     EXPECT_FALSE(bDirty());
 }
 
+TEST_F(FrmBrennikConfig, GoesFromTabToTabByCtrlTabWhateverHasTheFocus) {
+    Window();
+    for (const int nTab : {1, 2, 3, 0}) {
+        QTest::keyClick(Window().focusWidget(), Qt::Key_Tab, Qt::ControlModifier);
+        EXPECT_EQ(VisibleFrames(), std::vector<int>{nTab});
+    }
+}
+
 TEST_F(FrmBrennikConfig, LabelsEachFieldInItsFrame) {
     struct Expected {
         int nFrame;
