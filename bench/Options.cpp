@@ -24,11 +24,13 @@ Options Options::Read(int argc, char** argv) {
             std::from_chars(strValue.data(), strValue.data() + strValue.size(), options.lRounds);
         else if (strName == "--quick")
             options.bQuick = true;
+        else if (strName == "--peers")
+            options.bPeers = true;
         else
             Fail("unknown option " + std::string(strArgument));
     }
     if (options.strPrograms.empty() || options.strParent.empty() || options.lRounds < 1)
-        Fail("usage: DRIVER --programs=DIR --folder=DIR [--rounds=N] [--quick]");
+        Fail("usage: DRIVER --programs=DIR --folder=DIR [--rounds=N] [--quick] [--peers]");
     return options;
 }
 

@@ -13,6 +13,7 @@ struct Options {
     std::string strParent;   ///< where the workplace is made
     int lRounds = 7;         ///< paired runs of each figure
     bool bQuick = false;     ///< a smoke run: everything happens, nothing is big
+    bool bPeers = false;     ///< beside other programs, where a driver knows some
 
     static Options Read(int argc, char** argv);
 };

@@ -1,7 +1,8 @@
 // Measures the pass-through between brenniksim as a service on the loopback and brenniksim as a
 // device on a pseudo-terminal: downloads with logging off and on, an upload, and a download at the
 // pace of a line. The bare relay loop that only polls, reads and writes both ways sets the limit. A
-// run with many frames and one with a single frame differ by the frames alone.
+// run with many frames and one with a single frame differ by the frames alone. With --peers other
+// programs that join a socket and a line, and understand nothing of what they pass, take its place.
 
 #include "bench/Options.h"
 #include "bench/Processes.h"
@@ -43,6 +44,7 @@ constexpr int64_t kFramesOfUpload = 60;
 constexpr int64_t kFramesAtPace = 40;
 constexpr int64_t kFramesOfGrowth = 100000;
 constexpr int kMostRoundsOfSlow = 3;
+constexpr int64_t kFramesOfUntuned = 400; ///< a delay of its own in each
 
 /// Opens the line for a relay that neither checks nor understands a frame.
 int OpenLine(const std::string& strLine) {
@@ -151,6 +153,25 @@ class RelayDriver {
         MeasureDownload(256, Quick(kFramesOfGrowth / 100), "growth-one", 0);
     }
 
+    /// The frames below the pauses only. The clock stops when the service ends, since a peer
+    /// doesn't know the end of a session.
+    void MeasurePeers() {
+        for (const Size& size : {kSizes[0], kSizes[1]}) {
+            for (int lRound = 0; lRound < options_.lRounds; ++lRound) {
+                for (const bool bMany : {true, false}) {
+                    const std::string strEnd = bMany ? "-many" : "-one";
+                    const auto frames = [&](int64_t lMany) {
+                        return bMany ? (options_.bQuick ? kQuickFrames : lMany) : 1;
+                    };
+                    for (const char* strPeer : {"bare", "off", "socat", "ser2net"})
+                        MeasurePeer(size.nFrame, frames(size.lFrames), strPeer, strEnd, lRound);
+                    MeasurePeer(size.nFrame, frames(kFramesOfUntuned), "ser2net-untuned", strEnd,
+                                lRound);
+                }
+            }
+        }
+    }
+
   private:
     int64_t Quick(int64_t lFrames) const { return options_.bQuick ? kQuickFrames : lFrames; }
 
@@ -179,17 +200,70 @@ class RelayDriver {
                                      strHome_, "-profileid", "1"}));
     }
 
-    void MeasureDownload(size_t nFrame, int64_t lFrames, const std::string& strVariant,
-                         int lRound) {
+    /// Runs until it is stopped, or ends by itself a little behind the service.
+    pid_t StartPeer(const std::string& strPeer, uint16_t iPort) {
+        const std::string strAddress = "127.0.0.1:" + std::to_string(iPort);
+        if (strPeer == "bare")
+            return StartChild([&] { return RelayBare(iPort, strLine_); });
+        if (strPeer == "off")
+            return StartProgram({options_.strPrograms + "/brennikclient", "-configfiledir",
+                                 strHome_, "-profileid", "1"});
+        if (strPeer == "socat")
+            return StartProgram({"/usr/bin/socat", "-t0", "-b65536",
+                                 strLine_ + ",raw,echo=0,b115200",
+                                 "TCP:" + strAddress + ",nodelay"});
+        std::ofstream(strHome_ + "/ser2net.yaml")
+            << "connection: &relay\n  accepter: conacc,tcp(nodelay=true),127.0.0.1," << iPort
+            << "\n  connector: serialdev(nouucplock=true)," << strLine_ << ",115200n81,local\n"
+            << (strPeer == "ser2net" ? "  options:\n    chardelay: false\n" : "");
+        // It complains of a service of the network that it doesn't need.
+        return StartProgram(
+            {"/bin/sh", "-c", "exec ser2net -n -c \"$0\" 2>/dev/null", strHome_ + "/ser2net.yaml"});
+    }
+
+    void MeasurePeer(size_t nFrame, int64_t lFrames, const std::string& strPeer,
+                     const std::string& strEnd, int lRound) {
+        const std::string strServed = Serve(nFrame, lFrames);
+        SimProcess service(options_, ServiceCommand(strServed, nFrame, true));
+        const SimProcess device(options_, DeviceCommand(false));
+        WriteProfile(service.Port(), false, 0);
+        const int64_t lBegun = Now();
+        const pid_t peer = StartPeer(strPeer, service.Port());
+        const int64_t lEndedAt = service.AwaitEnd();
+        StopChild(peer);
+        Print({"relay", nFrame, strPeer + strEnd, lRound, lFrames, lEndedAt - lBegun, 0, 0});
+    }
+
+    /// A folder with one file of so many frames.
+    std::string Serve(size_t nFrame, int64_t lFrames) {
         const std::string strServed = strHome_ + "/served";
         fs::create_directories(strServed);
-        const size_t nBlock = nFrame - kFrameOverhead;
         std::ofstream(strServed + "/file.bin", std::ios::binary)
-            << std::string(nBlock * static_cast<size_t>(lFrames), 'x');
+            << std::string((nFrame - kFrameOverhead) * static_cast<size_t>(lFrames), 'x');
         workplace_.Clear();
-        const SimProcess service(options_, {"service", "--listen", "127.0.0.1:0", "--serve",
-                                            strServed, "--block", std::to_string(nBlock),
-                                            "--script", strHome_ + "/service.script"});
+        return strServed;
+    }
+
+    std::vector<std::string> ServiceCommand(const std::string& strServed, size_t nFrame,
+                                            bool bOnce) const {
+        std::vector<std::string> command{"service",
+                                         "--listen",
+                                         "127.0.0.1:0",
+                                         "--serve",
+                                         strServed,
+                                         "--block",
+                                         std::to_string(nFrame - kFrameOverhead),
+                                         "--script",
+                                         strHome_ + "/service.script"};
+        if (bOnce)
+            command.emplace_back("--once");
+        return command;
+    }
+
+    void MeasureDownload(size_t nFrame, int64_t lFrames, const std::string& strVariant,
+                         int lRound) {
+        const std::string strServed = Serve(nFrame, lFrames);
+        const SimProcess service(options_, ServiceCommand(strServed, nFrame, false));
         const SimProcess device(options_, DeviceCommand(strVariant.rfind("paced", 0) == 0));
         const bool bBare = strVariant.rfind("bare", 0) == 0;
         WriteProfile(service.Port(), strVariant.rfind("log", 0) == 0, 0);
@@ -244,6 +318,10 @@ class RelayDriver {
 
 int main(int argc, char** argv) {
     const auto options = brennik::bench::Options::Read(argc, argv);
-    brennik::bench::RelayDriver(options).Measure();
+    brennik::bench::RelayDriver driver(options);
+    if (options.bPeers)
+        driver.MeasurePeers();
+    else
+        driver.Measure();
     return 0;
 }

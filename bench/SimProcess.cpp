@@ -22,7 +22,16 @@ SimProcess::SimProcess(const Options& options, const std::vector<std::string>& c
 }
 
 SimProcess::~SimProcess() {
-    StopChild(process_);
+    if (process_ > 0)
+        StopChild(process_);
+}
+
+int64_t SimProcess::AwaitEnd() {
+    const ChildEnd ended = WaitFor(process_);
+    process_ = -1;
+    if (!ended.bGood)
+        Fail("brenniksim did not come to its good end");
+    return ended.lEndedAt;
 }
 
 uint16_t SimProcess::Port() const {

@@ -18,6 +18,9 @@ class SimProcess {
     SimProcess(const SimProcess&) = delete;
     SimProcess& operator=(const SimProcess&) = delete;
 
+    /// When it has ended by itself, as with "--once".
+    int64_t AwaitEnd();
+
     const std::string& strListening() const { return strListening_; }
 
     /// The port of an address and port.

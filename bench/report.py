@@ -177,6 +177,29 @@ def lines(raw, goals):
            "processor time"], rows)
 
 
+def per_frame(figures, size, variant):
+    """Microseconds of one more frame: a run with many against one with a single frame."""
+    many, one = (figures.of("relay", size, f"{variant}-{which}") for which in ("many", "one"))
+    return median((many[n].ns - one[n].ns) / (many[n].count - one[n].count)
+                  for n in many if n in one) / 1e3
+
+
+def relay_peers(raw, goals):
+    print("#### The pass-through beside other programs\n\nThey join the socket and the line, and "
+          "neither check nor understand a frame. ser2net is tuned by `chardelay: false`.\n")
+    rows = []
+    for place, path in places(raw, "relay-peers"):
+        figures = Figures(path)
+        for size in figures.sizes("relay"):
+            times = [per_frame(figures, size, variant)
+                     for variant in ("off", "bare", "socat", "ser2net", "ser2net-untuned")]
+            rows.append([f"{place}, {size}"] + [whole(1e6 / time) for time in times])
+            goals.at_least(f"relay of {size} bytes / tuned ser2net", place, 1.0,
+                           times[3] / times[0])
+    table(["ends, frame", "brennikclient", "bare loop", "socat", "ser2net, tuned",
+           "ser2net, as installed"], rows)
+
+
 def relays(raw, goals):
     print("#### The pass-through\n\nBetween brenniksim as a service and brenniksim as a device. "
           "The bare loop polls, reads and writes both ways and understands nothing; where frames "
@@ -185,30 +208,26 @@ def relays(raw, goals):
     rows = []
     for place, path in places(raw, "relays"):
         figures = Figures(path)
-        def per_frame(size, variant):
-            many, one = (figures.of("relay", size, f"{variant}-{which}")
-                         for which in ("many", "one"))
-            return median((many[n].ns - one[n].ns) / (many[n].count - one[n].count)
-                          for n in many if n in one) / 1e3
         for size in figures.sizes("relay"):
-            bare, off, logged = (per_frame(size, name) for name in ("bare", "off", "log"))
+            bare, off, logged = (per_frame(figures, size, name) for name in ("bare", "off", "log"))
             pauses = (size - 1) // 1000 * 10000
             share = f"{pauses / off:.3f}" if pauses else f"{bare / off:.2f}"
             rows.append([f"{place}, {size}", f"{bare:.0f} us", f"{off:.0f} us", f"{logged:.0f} us",
-                         f"{off - bare:.0f} us", "pauses" if pauses else "bare loop", share])
+                         f"{off - bare - pauses:.0f} us", "pauses" if pauses else "bare loop",
+                         share, f"{(pauses + bare) / off:.3f}"])
             if pauses:
                 goals.at_least(f"relay of {whole(size)} bytes, share of the pauses", place, 0.97,
                                pauses / off, "{:.3f}")
             else:
                 goals.at_least(f"relay of {size} bytes / bare loop", place, 0.7, bare / off)
-        upload = per_frame(1034, "upload")
+        upload = per_frame(figures, 1034, "upload")
         rows.append([f"{place}, upload 1034", "", f"{upload:.0f} us", "", "", "10 ms",
-                     f"{10000 / upload:.3f}"])
+                     f"{10000 / upload:.3f}", ""])
         goals.at_least("upload relay, share of its gaps", place, 0.97, 10000 / upload, "{:.3f}")
-        paced = per_frame(1034, "paced")
+        paced = per_frame(figures, 1034, "paced")
         line = 1034 * 10 / 115200 * 1e6
         rows.append([f"{place}, 1034 at 115,200 bit/s", "", f"{paced:.0f} us", "", "", "the line",
-                     f"{line / paced:.3f}"])
+                     f"{line / paced:.3f}", ""])
         goals.at_least("relay at 115,200 bit/s, share of the line", place, 0.97, line / paced,
                        "{:.3f}")
         peaks = [max(run.peak for run in figures.of("relay", 256, f"growth-{which}").values())
@@ -216,7 +235,7 @@ def relays(raw, goals):
         goals.below("memory of 100,000 relayed frames over that of 1,000", place, 0.5,
                     (peaks[0] - peaks[1]) / 1024, "MB")
     table(["ends, frame", "bare loop", "a frame", "all logged", "added", "limit",
-           "share of the limit"], rows)
+           "share of the limit", "of pauses and bare loop"], rows)
 
 
 def start(raw, goals):
@@ -357,7 +376,7 @@ def main():
     print()
     with open(os.path.join(raw, "machine.txt")) as text:
         print("Measured on " + text.read().replace("\n", "; ").rstrip("; ") + ".\n")
-    for part in [peers] if what == "peers" else [sessions, windows, lines, relays, pieces, start, growth]:
+    for part in [peers, relay_peers] if what == "peers" else [sessions, windows, lines, relays, pieces, start, growth]:
         part(raw, goals)
     goals.print()
 
