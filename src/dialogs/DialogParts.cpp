@@ -1,6 +1,6 @@
 #include "dialogs/DialogParts.h"
 
-#include "dialogs/frmText.h"
+#include "dialogs/WindowText.h"
 
 #include <QDialog>
 #include <QFontMetrics>

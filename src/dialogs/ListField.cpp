@@ -1,6 +1,6 @@
 #include "dialogs/ListField.h"
 
-#include "dialogs/frmText.h"
+#include "dialogs/WindowText.h"
 #include "platform/RuntimeFailure.h"
 
 #include <QByteArray>

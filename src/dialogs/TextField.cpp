@@ -1,6 +1,6 @@
 #include "dialogs/TextField.h"
 
-#include "dialogs/frmText.h"
+#include "dialogs/WindowText.h"
 
 namespace brennik {
 

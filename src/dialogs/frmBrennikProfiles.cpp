@@ -2,9 +2,9 @@
 
 #include "config/TBrennikClientConfig.h"
 #include "dialogs/DialogParts.h"
+#include "dialogs/MessageBoxes.h"
+#include "dialogs/WindowText.h"
 #include "dialogs/frmBrennikConfig.h"
-#include "dialogs/frmMessageBox.h"
-#include "dialogs/frmText.h"
 #include "platform/Host.h"
 #include "shell/BrennikClnt.h"
 #include "support/Failure.h"

@@ -2,9 +2,9 @@
 
 #include "dialogs/DialogParts.h"
 #include "dialogs/ListField.h"
+#include "dialogs/MessageBoxes.h"
 #include "dialogs/TextField.h"
-#include "dialogs/frmMessageBox.h"
-#include "dialogs/frmText.h"
+#include "dialogs/WindowText.h"
 #include "platform/Host.h"
 #include "platform/Paths.h"
 #include "support/AsciiText.h"

@@ -1,8 +1,8 @@
 #include "shell/frmBrennikClient.h"
 
+#include "dialogs/MessageBoxes.h"
+#include "dialogs/WindowText.h"
 #include "dialogs/frmBrennikProfiles.h"
-#include "dialogs/frmMessageBox.h"
-#include "dialogs/frmText.h"
 #include "generated/Version.h"
 #include "platform/Clock.h"
 #include "shell/BrennikClnt.h"

@@ -2,8 +2,8 @@
 
 #include "config/OperatingMode.h"
 #include "config/TBrennikClientConfig.h"
-#include "dialogs/frmMessageBox.h"
-#include "dialogs/frmText.h"
+#include "dialogs/MessageBoxes.h"
+#include "dialogs/WindowText.h"
 #include "platform/Host.h"
 #include "session/TBrennikProtocol.h"
 #include "shell/BrennikClnt.h"

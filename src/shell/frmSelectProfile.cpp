@@ -1,7 +1,7 @@
 #include "shell/frmSelectProfile.h"
 
 #include "config/TBrennikClientConfig.h"
-#include "dialogs/frmText.h"
+#include "dialogs/WindowText.h"
 #include "platform/Host.h"
 #include "shell/BrennikClnt.h"
 #include "support/Failure.h"

@@ -1,7 +1,7 @@
 #include "shell/frmWindows.h"
 
 #include "config/TBrennikClientConfig.h"
-#include "dialogs/frmMessageBox.h"
+#include "dialogs/MessageBoxes.h"
 #include "platform/Host.h"
 #include "platform/StandardStreams.h"
 #include "session/TBrennikProtocol.h"

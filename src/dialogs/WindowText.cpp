@@ -1,4 +1,4 @@
-#include "dialogs/frmText.h"
+#include "dialogs/WindowText.h"
 
 namespace brennik {
 

@@ -1,6 +1,6 @@
-#include "dialogs/frmMessageBox.h"
+#include "dialogs/MessageBoxes.h"
 
-#include "dialogs/frmText.h"
+#include "dialogs/WindowText.h"
 
 namespace brennik {
 

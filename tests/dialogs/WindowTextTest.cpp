@@ -1,4 +1,4 @@
-#include "dialogs/frmText.h"
+#include "dialogs/WindowText.h"
 
 #include <gtest/gtest.h>
 
@@ -15,7 +15,7 @@ std::string Message(const std::string& strBytes) {
     return MessageText(strBytes).toStdString();
 }
 
-TEST(FrmText, ShowsUtf8AsItIs) {
+TEST(WindowText, ShowsUtf8AsItIs) {
     EXPECT_EQ(Line(""), "");
     EXPECT_EQ(Line("readme.txt"), "readme.txt");
     EXPECT_EQ(Line("Gr\xC3\xB6\xC3\x9F"
@@ -24,7 +24,7 @@ TEST(FrmText, ShowsUtf8AsItIs) {
               "e \xE2\x82\xAC \xF0\x9F\x92\xB3");
 }
 
-TEST(FrmText, MarksBytesThatAreNoUtf8AndKeepsTheRest) {
+TEST(WindowText, MarksBytesThatAreNoUtf8AndKeepsTheRest) {
     EXPECT_EQ(Line("a\xFF"
                    "b"),
               "a\xEF\xBF\xBD"
@@ -32,7 +32,7 @@ TEST(FrmText, MarksBytesThatAreNoUtf8AndKeepsTheRest) {
     EXPECT_EQ(Line("caf\xE9"), "caf\xEF\xBF\xBD");
 }
 
-TEST(FrmText, KeepsOneLineOneLine) {
+TEST(WindowText, KeepsOneLineOneLine) {
     EXPECT_EQ(Line("a\r\nb\tc"), "a\xE2\x90\x8D\xE2\x90\x8A"
                                  "b\xE2\x90\x89"
                                  "c");
@@ -46,7 +46,7 @@ TEST(FrmText, KeepsOneLineOneLine) {
               "c\xEF\xBF\xBD");
 }
 
-TEST(FrmText, LetsNoMarkTurnTheDirection) {
+TEST(WindowText, LetsNoMarkTurnTheDirection) {
     EXPECT_EQ(Line("exe\xE2\x80\xAE"
                    "txt."),
               "exe\xEF\xBF\xBD"
@@ -54,7 +54,7 @@ TEST(FrmText, LetsNoMarkTurnTheDirection) {
     EXPECT_EQ(Line("\xE2\x81\xA6\xE2\x80\x8F\xD8\x9C"), "\xEF\xBF\xBD\xEF\xBF\xBD\xEF\xBF\xBD");
 }
 
-TEST(FrmText, KeepsTheLineEndsOfAMessage) {
+TEST(WindowText, KeepsTheLineEndsOfAMessage) {
     EXPECT_EQ(Message("one\r\ntwo\nthree"), "one\ntwo\nthree");
     EXPECT_EQ(Message("one\r\n\r\ntwo\r\n"), "one\n\ntwo\n");
     EXPECT_EQ(Message("one\rtwo"), "one\xE2\x90\x8D"
@@ -63,13 +63,13 @@ TEST(FrmText, KeepsTheLineEndsOfAMessage) {
     EXPECT_EQ(Message(""), "");
 }
 
-TEST(FrmText, GivesTheFirstLineOfWhatWasPasted) {
+TEST(WindowText, GivesTheFirstLineOfWhatWasPasted) {
     EXPECT_EQ(BytesOf(QStringLiteral("one\ntwo")), "one");
     EXPECT_EQ(BytesOf(QStringLiteral("one\r\n")), "one");
     EXPECT_EQ(BytesOf(QString(QChar(u'\0')) + QStringLiteral("x")), "");
 }
 
-TEST(FrmText, GivesWhatWasTypedAsUtf8) {
+TEST(WindowText, GivesWhatWasTypedAsUtf8) {
     EXPECT_EQ(BytesOf(QStringLiteral("Gr\u00F6\u00DFe")), "Gr\xC3\xB6\xC3\x9F"
                                                           "e");
 }

@@ -1,4 +1,4 @@
-#include "dialogs/frmMessageBox.h"
+#include "dialogs/MessageBoxes.h"
 
 #include "tests/windows/WindowsWorld.h"
 
@@ -13,7 +13,7 @@ QMessageBox& Box(QWidget& window) {
     return dynamic_cast<QMessageBox&>(window);
 }
 
-TEST(FrmMessageBox, ShowsPlainTextUnderTheNameOfTheSystem) {
+TEST(MessageBoxes, ShowsPlainTextUnderTheNameOfTheSystem) {
     ModalUser user;
     user.Expect("MessageBox", [](QWidget& window) {
         EXPECT_EQ(Box(window).icon(), QMessageBox::Warning);
@@ -26,7 +26,7 @@ TEST(FrmMessageBox, ShowsPlainTextUnderTheNameOfTheSystem) {
     EXPECT_EQ(user.titles.front(), "Ostrand Brennik Client");
 }
 
-TEST(FrmMessageBox, TakesATitleOfItsOwn) {
+TEST(MessageBoxes, TakesATitleOfItsOwn) {
     ModalUser user;
     for (const bool bQuestion : {false, true}) {
         user.Expect("MessageBox", [](QWidget& window) { window.close(); });
@@ -38,7 +38,7 @@ TEST(FrmMessageBox, TakesATitleOfItsOwn) {
     }
 }
 
-TEST(FrmMessageBox, AsksWithYesAndNo) {
+TEST(MessageBoxes, AsksWithYesAndNo) {
     ModalUser user;
     for (const QMessageBox::StandardButton button : {QMessageBox::Yes, QMessageBox::No}) {
         user.Expect("MessageBox", [&](QWidget& window) {
@@ -53,7 +53,7 @@ TEST(FrmMessageBox, AsksWithYesAndNo) {
     EXPECT_EQ(user.boxes.front(), "Really?");
 }
 
-TEST(FrmMessageBox, EnterIsYesAndEscIsNo) {
+TEST(MessageBoxes, EnterIsYesAndEscIsNo) {
     ModalUser user;
     for (const Qt::Key key : {Qt::Key_Return, Qt::Key_Escape}) {
         user.Expect("MessageBox", [&](QWidget& window) { QTest::keyClick(&window, key); });
