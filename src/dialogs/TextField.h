@@ -18,7 +18,7 @@ class TextField : public QLineEdit {
     void SetBytes(std::string_view strBytes);
 
     /// The bytes that were set, as long as the box shows what it showed then; otherwise what it
-    /// shows, as UTF-8.
+    /// shows, as UTF-8. Of bytes that are longer than the box, an edit leaves what was shown.
     std::string Bytes() const;
 
   private:

@@ -6,6 +6,7 @@
 #include "dialogs/TextField.h"
 #include "dialogs/WindowText.h"
 #include "platform/Host.h"
+#include "platform/IniText.h"
 #include "platform/Paths.h"
 #include "support/AsciiText.h"
 #include "support/Failure.h"
@@ -30,11 +31,15 @@ namespace {
 constexpr const char* kUnavailable = "Device unavailable";
 constexpr size_t kDriveRoot = 3; ///< the length of "C:\"
 
-/// The list of folders: Enter opens one there and doesn't go on to the default button.
-class FolderList : public QListWidget {
+/// A list from which Enter doesn't go on to the default button.
+template <class List>
+class KeepingEnter : public List {
+  public:
+    using List::List;
+
   protected:
     void keyPressEvent(QKeyEvent* event) override {
-        QListWidget::keyPressEvent(event);
+        List::keyPressEvent(event);
         if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter)
             event->accept();
     }
@@ -87,7 +92,7 @@ std::string Whole(const std::string& strText) {
     if (strPath.starts_with('\\') && !strPath.starts_with("\\\\"))
         strPath.front() = '/'; // a root by either separator
     else if (LengthOfRoot(strPath) == 0)
-        strPath = CurrentFolder() + '/' + strPath;
+        strPath = Joined(CurrentFolder(), strPath);
     strPath = InDriveForm(strPath);
     if (strPath.size() < LengthOfRoot(strPath))
         strPath += '\\'; // "C:"
@@ -113,9 +118,9 @@ std::vector<std::string> SubFolders(const std::string& strFolder) {
     std::vector<std::string> names;
     for (const FoundFile& entry : found) {
         const std::string& strName = entry.strName;
-        // No text leads to a name with a "\" in it.
+        // No text leads to a name with a "\" in it, and a profile can't hold one of two lines.
         if (entry.bFolder && strName != "." && strName != ".." &&
-            strName.find('\\') == std::string::npos)
+            strName.find('\\') == std::string::npos && CanStandOnOneLine(strName))
             names.push_back(strName);
     }
     return names;
@@ -126,8 +131,8 @@ std::vector<std::string> SubFolders(const std::string& strFolder) {
 frmSelDir::frmSelDir(QWidget* parent)
     : QDialog(parent),
       TxtDir_(new TextField("TxtDir")),
-      Dir1_(new FolderList),
-      Drive1_(new ListField("Drive1", ListKind::Fixed)) {
+      Dir1_(new KeepingEnter<QListWidget>),
+      Drive1_(new KeepingEnter<ListField>("Drive1", ListKind::Fixed)) {
     setObjectName(QStringLiteral("frmSelDir"));
     BuildControls();
     FillDrives();

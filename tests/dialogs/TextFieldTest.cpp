@@ -55,6 +55,21 @@ TEST(TextField, GivesTheBytesBackWhenAnEditWasTakenBack) {
     EXPECT_EQ(field.Bytes(), "caf\xE9");
 }
 
+TEST(TextField, KeepsWhatIsLongerThanTheBoxUntilTheFirstEdit) {
+    TextField field("txtTid", 4);
+    field.SetBytes("longer");
+    QTest::keyClick(&field, Qt::Key_Home);
+    QTest::keyClick(&field, Qt::Key_End);
+    EXPECT_EQ(field.Bytes(), "longer") << "only looked at";
+    QTest::keyClick(&field, Qt::Key_Backspace);
+    EXPECT_EQ(field.Bytes(), "lon");
+    QTest::keyClicks(&field, QStringLiteral("g"));
+    EXPECT_EQ(field.text().toStdString(), "long");
+    EXPECT_EQ(field.Bytes(), "long") << "what the user arrived at, not what was there before";
+    field.SetBytes("longest");
+    EXPECT_EQ(field.Bytes(), "longest");
+}
+
 TEST(TextField, FillingItIsNoEdit) {
     TextField field("txtTid");
     int nEdits = 0;

@@ -190,6 +190,17 @@ TEST_F(FrmSelDir, ShowsEveryStartFolderInDriveForm) {
     }
 }
 
+TEST_F(FrmSelDir, OpensARelativeStartFolderUnderTheRootToo) {
+    host.files.SetCurrentFolder("/");
+    for (const char* strStart : {"home", "home/", "home\\"}) {
+        strSelDirPath = strStart;
+        picker_.reset();
+        EXPECT_EQ(Text(), "C:\\home");
+        EXPECT_EQ(Listed(), (Names{"..", "pos", "user"}));
+    }
+    host.files.SetCurrentFolder("/home/user");
+}
+
 TEST_F(FrmSelDir, ShowsARootWithoutAWayUp) {
     for (const char* strRoot : {"C:\\", "\\"}) {
         strSelDirPath = strRoot;
@@ -286,6 +297,14 @@ TEST_F(FrmSelDir, KeepsTheBytesOfNames) {
     EXPECT_FALSE(Picker().isVisible());
 }
 
+TEST_F(FrmSelDir, LeavesOutNamesThatNoProfileCouldHold) {
+    host.files.MakeFolder("/home/pos/downloads/in/two\nlines");
+    host.files.MakeFolder("/home/pos/downloads/in/two\rlines");
+    host.files.MakeFolder("/home/pos/downloads/in/\ttabbed");
+    strSelDirPath = "C:\\home\\pos\\downloads\\in";
+    EXPECT_EQ(Listed(), (Names{"..", "\xE2\x90\x89tabbed"}));
+}
+
 // Drives.
 
 TEST_F(FrmSelDir, ListsTheDrivesOfTheHostAndStandsOnThatOfTheFolder) {
@@ -320,6 +339,16 @@ TEST_F(FrmSelDir, ChoosesADriveByKey) {
     QTest::keyClick(&Drives(), Qt::Key_Down);
     EXPECT_EQ(Text(), "D:\\");
     EXPECT_TRUE(Picker().isVisible());
+}
+
+TEST_F(FrmSelDir, EnterInTheDrivesIsNotOK) {
+    Picker();
+    Drives().setFocus();
+    for (const Qt::Key key : {Qt::Key_Return, Qt::Key_Enter})
+        QTest::keyClick(&Drives(), key);
+    EXPECT_TRUE(Picker().isVisible());
+    EXPECT_EQ(Picker().result(), QDialog::Rejected);
+    EXPECT_EQ(Text(), "C:\\home\\pos");
 }
 
 TEST_F(FrmSelDir, GoesBackToTheDriveShownLastWhenOneCannotBeRead) {
@@ -478,6 +507,14 @@ TEST_F(FrmSelDir, WalksAPathWithSlashesBehindItsDrive) {
 TEST_F(FrmSelDir, ARootWithABackslashInFrontEndsAtItsNextOne) {
     EXPECT_EQ(Created("\\home\\a\\b"), (Names{"\\home\\a", "\\home\\a\\b"}));
     EXPECT_TRUE(host.files.Exists("/home/a/b"));
+}
+
+TEST_F(FrmSelDir, ARootOfOneLetterEndsAtTheThirdCharacter) {
+    FailToCreate("\\h\\a\\b"); // the root itself isn't made
+    EXPECT_FALSE(host.files.Exists("/h"));
+    host.files.MakeFolder("/h");
+    EXPECT_EQ(Created("\\h\\a\\b"), (Names{"\\h\\a", "\\h\\a\\b"}));
+    EXPECT_TRUE(host.files.Exists("/h/a/b"));
 }
 
 TEST_F(FrmSelDir, APathWithABackslashInFrontAndNoOtherCannotBeMade) {
