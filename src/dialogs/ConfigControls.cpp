@@ -40,7 +40,7 @@ QCheckBox* CheckBox(const char* strName, const char* strLabel) {
 
 // None is the default button: Enter in a field changes nothing.
 QPushButton* Button(const char* strName, const char* strLabel) {
-    auto* button = Named(new QPushButton(Text(strLabel)), strName);
+    auto* button = ButtonOf(strName, strLabel);
     button->setAutoDefault(false);
     return button;
 }

@@ -20,7 +20,8 @@ QLabel* LabelOf(const std::string& strText, QWidget* field) {
 QPushButton* ButtonOf(const char* strName, const char* strText, std::function<void()> onClick) {
     auto* button = new QPushButton(QString::fromLatin1(strText));
     button->setObjectName(QString::fromLatin1(strName));
-    QObject::connect(button, &QPushButton::clicked, button, std::move(onClick));
+    if (onClick)
+        QObject::connect(button, &QPushButton::clicked, button, std::move(onClick));
     return button;
 }
 

@@ -16,8 +16,8 @@ namespace brennik {
 /// A label with that text, which belongs to the field. Both are the caller's to place.
 QLabel* LabelOf(const std::string& strText, QWidget* field);
 
-/// A button of that object name; onClick runs at each click.
-QPushButton* ButtonOf(const char* strName, const char* strText, std::function<void()> onClick);
+/// A button of that object name; onClick, if any, runs at each click.
+QPushButton* ButtonOf(const char* strName, const char* strText, std::function<void()> onClick = {});
 
 /// A row with "&OK", the button that Enter presses, and "&Cancel", which closes the window unless
 /// something else is given for it.

@@ -178,11 +178,11 @@ void frmBrennikConfig::FillLists() {
 }
 
 bool frmBrennikConfig::FillFieldsFromConfig() {
-    if (oConfig->GetConfiguration(ConfigFileLoc(), lProfileId) != 0) {
-        strFailure_ = oConfig->strErrorMessage();
-        return false;
-    }
     return GuardedWithText(strFailure_, "", false, [&] {
+        if (oConfig->GetConfiguration(ConfigFileLoc(), lProfileId) != 0) {
+            strFailure_ = oConfig->strErrorMessage();
+            return false;
+        }
         FillFromConfig();
         return true;
     });

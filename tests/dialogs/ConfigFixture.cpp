@@ -1,5 +1,7 @@
 #include "tests/dialogs/ConfigFixture.h"
 
+#include "tests/dialogs/DialogChecks.h"
+
 #include <QPushButton>
 
 namespace brennik::dialogs {
@@ -38,11 +40,7 @@ std::string ConfigTest::Shown(const std::string& strName) {
 }
 
 std::vector<std::string> ConfigTest::Items(const std::string& strList) {
-    std::vector<std::string> items;
-    const auto& list = The<QComboBox>(strList);
-    for (int i = 0; i < list.count(); ++i)
-        items.push_back(list.itemText(i).toStdString());
-    return items;
+    return Entries(The<QComboBox>(strList));
 }
 
 void ConfigTest::ShowTabOf(QWidget& control) {
@@ -91,6 +89,30 @@ void ConfigTest::Type(const std::string& strField, const std::string& strText) {
 void ConfigTest::Apply() {
     ExpectBox();
     Click("cmdApply");
+}
+
+void ConfigTest::Answer(QMessageBox::StandardButton answer) {
+    user.Expect("MessageBox", [answer](QWidget& box) {
+        auto& message = dynamic_cast<QMessageBox&>(box);
+        EXPECT_EQ(message.icon(), QMessageBox::Question);
+        EXPECT_EQ(message.standardButtons(), QMessageBox::Yes | QMessageBox::No);
+        message.button(answer)->click();
+    });
+}
+
+void ConfigTest::ExpectFolderPick(const std::string& strTitle, const std::string& strStart,
+                                  const std::string& strFolder) {
+    user.Expect("frmSelDir", [=](QWidget& picker) {
+        EXPECT_EQ(picker.windowTitle().toStdString(), strTitle);
+        auto& TxtDir = windows::Named<QLineEdit>(picker, "TxtDir");
+        EXPECT_EQ(TxtDir.text().toStdString(), strStart);
+        if (strFolder.empty()) {
+            QTest::keyClick(&picker, Qt::Key_Escape);
+            return;
+        }
+        TxtDir.setText(QString::fromStdString(strFolder));
+        windows::Named<QPushButton>(picker, "btOK").click();
+    });
 }
 
 std::string ConfigTest::Stored(const std::string& strSection, const std::string& strKey) const {

@@ -8,12 +8,15 @@
 #include <QCheckBox>
 #include <QComboBox>
 #include <QLineEdit>
+#include <QMessageBox>
 #include <QTabWidget>
 #include <memory>
 #include <string>
 #include <vector>
 
 namespace brennik::dialogs {
+
+inline constexpr const char* kSaved = "Application configuration successfully saved.";
 
 class ConfigTest : public windows::WindowsTest {
   protected:
@@ -53,6 +56,11 @@ class ConfigTest : public windows::WindowsTest {
 
     /// Presses Apply and takes note of the box.
     void Apply();
+    /// A question is coming, and this is the answer.
+    void Answer(QMessageBox::StandardButton answer);
+    /// The picker is coming: the user picks that folder, or leaves it by Esc.
+    void ExpectFolderPick(const std::string& strTitle, const std::string& strStart,
+                          const std::string& strFolder);
 
     /// The value of a key of a section as it stands in the file; "-" when there is none.
     std::string Stored(const std::string& strSection, const std::string& strKey) const;

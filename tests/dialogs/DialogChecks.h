@@ -1,11 +1,13 @@
-// What the tests of the configuration's windows ask each of them: its labels, the way of the Tab
-// key through it, and what its lists offer.
+// What the tests of the configuration's windows ask each of them: its labels, what its fields hold,
+// the way of the Tab key through it, and what its lists offer.
 #pragma once
 
 #include "tests/windows/WindowsWorld.h"
 
+#include <QCheckBox>
 #include <QComboBox>
 #include <QLabel>
+#include <QLineEdit>
 #include <memory>
 #include <string>
 #include <vector>
@@ -21,6 +23,26 @@ inline std::vector<std::string> Labels(const QWidget& window) {
                              label->buddy()->objectName().toStdString());
     }
     return labels;
+}
+
+/// "name=content" for each field, list and check box of a window, in the order of their making.
+inline std::vector<std::string> Contents(const QWidget& window) {
+    std::vector<std::string> contents;
+    for (const QWidget* control : window.findChildren<QWidget*>()) {
+        const std::string strName = control->objectName().toStdString();
+        const std::string strKind = strName.substr(0, 3);
+        if (strKind == "txt")
+            contents.push_back(strName + "=" +
+                               dynamic_cast<const QLineEdit&>(*control).text().toStdString());
+        else if (strKind == "cbo")
+            contents.push_back(
+                strName + "=" +
+                dynamic_cast<const QComboBox&>(*control).currentText().toStdString());
+        else if (strKind == "chk")
+            contents.push_back(strName + "=" +
+                               (dynamic_cast<const QCheckBox&>(*control).isChecked() ? "1" : "0"));
+    }
+    return contents;
 }
 
 /// The names of the controls that have the focus one after the other, once round the window.

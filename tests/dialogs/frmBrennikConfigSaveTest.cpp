@@ -1,12 +1,10 @@
-// The configuration window between a profile and its section of the file: what is filled in, what
-// Apply writes, and what closing drops.
+// The configuration window between a profile and its section of the file: what is filled in, and
+// what Apply writes.
 #include "tests/dialogs/ConfigFixture.h"
+#include "tests/dialogs/DialogChecks.h"
 
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <QLabel>
-#include <QListWidget>
 #include <algorithm>
 #include <string>
 #include <vector>
@@ -15,10 +13,6 @@ namespace brennik {
 namespace {
 
 using Strings = std::vector<std::string>;
-
-const char* const kFilling = "Failed filling form fields from application configuration file.\n";
-const char* const kSaved = "Application configuration successfully saved.";
-const char* const kQuestion = "Save changes to Brennik Profile?";
 
 Strings LinesOf(const std::string& strText) {
     Strings lines;
@@ -31,42 +25,151 @@ Strings LinesOf(const std::string& strText) {
     return lines;
 }
 
+const char* const kPlatforms = "[PLATFORMS]\r\n1=VX520,E1:E2,POS\r\n2=VX680,E8:E9,PAY:TAX\r\n";
+
+/// A profile in which every setting of every window differs from what a new one has.
+const Strings kWhole{"ProfileName=My profile",
+                     "Mode=2",
+                     "PedDownLoad=TRUE",
+                     "WorkingFolder=C:\\srv\\base",
+                     "PlatformName=VX680",
+                     "DownloadType=P",
+                     "ApplicationID=my app",
+                     "TerminalID=T-77",
+                     "PTID=012345678901234",
+                     "EpromID=E9",
+                     "BlockSize=512",
+                     "FolderPerDownloadAttempt=TRUE",
+                     "DeleteFolderAfterDownloadAttempt=TRUE",
+                     "ScriptFileName=run.sh",
+                     "ExecuteScriptFile=TRUE",
+                     "MemorySize=2048",
+                     "TmsAppListFile=",
+                     "TmsAppFolder=",
+                     "LogFilePath=C:\\srv\\log",
+                     "LogFileName=my.log",
+                     "LoggingEnabled=TRUE",
+                     "LogControlPackets=TRUE",
+                     "LogProcessingPackets=TRUE",
+                     "ServerMode=0",
+                     "ServerIPAddress1=10.1.1.1",
+                     "ServerIPAddress2=host.two",
+                     "ServerIPAddress3=host-3",
+                     "ServerPortNo1=5001",
+                     "ServerPortNo2=5002",
+                     "ServerPortNo3=5003",
+                     "ServerBlockedSocket=0",
+                     "ServerComPort=4",
+                     "ServerBaudRate=300",
+                     "ServerParity=ODD",
+                     "ServerDatabits=7",
+                     "ServerStopbit=1.5",
+                     "ServerFlowControl=2",
+                     "ServerConnectTimeout=45",
+                     "ClientMode=1",
+                     "ClientIPAddress1=",
+                     "ClientIPAddress2=",
+                     "ClientIPAddress3=",
+                     "ClientPortNo1=0",
+                     "ClientPortNo2=0",
+                     "ClientPortNo3=0",
+                     "ClientBlockedSocket=0",
+                     "ClientComPort=256",
+                     "ClientBaudRate=115200",
+                     "ClientParity=MARK",
+                     "ClientDatabits=8",
+                     "ClientStopbit=2",
+                     "ClientFlowControl=1",
+                     "ClientConnectTimeout=0",
+                     "ReadPacketAttempts=5",
+                     "SendPacketAttempts=6",
+                     "CharTimeout=11",
+                     "ConnectAttempts=13",
+                     "ReadPacketTimeout=12",
+                     "ConfigTitle=Config",
+                     "ReleaseTitle=Release",
+                     "Autobaud=TRUE",
+                     "InjectPublicKeyFile=TRUE",
+                     "PublicKeyFileLocation=C:\\srv\\key",
+                     "PassThruType=1",
+                     "UploadFileTypes=3"};
+
 class ConfigSave : public dialogs::ConfigTest {
   protected:
-    /// Shows the window as the program does; it is expected to close by itself.
-    void Fail(int32_t lNumber) {
-        lProfileId = lNumber;
-        user.Expect("MessageBox", [](QWidget& box) {
-            EXPECT_EQ(dynamic_cast<QMessageBox&>(box).icon(), QMessageBox::Warning);
-            box.close();
-        });
-        frmBrennikConfig window(nullptr);
-        EXPECT_EQ(window.exec(), 0);
-    }
+    using Settings = std::vector<std::pair<const char*, const char*>>;
 
-    void Answer(QMessageBox::StandardButton answer) {
-        user.Expect("MessageBox", [answer](QWidget& box) {
-            auto& message = dynamic_cast<QMessageBox&>(box);
-            EXPECT_EQ(message.icon(), QMessageBox::Question);
-            EXPECT_EQ(message.standardButtons(), QMessageBox::Yes | QMessageBox::No);
-            message.button(answer)->click();
-        });
-    }
-
-    /// The user picks that folder, or leaves the picker by Esc.
-    void ExpectFolderPick(const std::string& strTitle, const std::string& strStart,
-                          const std::string& strFolder) {
-        user.Expect("frmSelDir", [=](QWidget& picker) {
-            EXPECT_EQ(picker.windowTitle().toStdString(), strTitle);
-            auto& TxtDir = windows::Named<QLineEdit>(picker, "TxtDir");
-            EXPECT_EQ(TxtDir.text().toStdString(), strStart);
-            if (strFolder.empty()) {
-                QTest::keyClick(&picker, Qt::Key_Escape);
-                return;
+    /// Opens a window of communication settings, fills it in, and gives what it then holds.
+    Strings FillIn(const char* strButton, const char* strWindow, const Settings& settings) {
+        Strings contents;
+        user.Expect(strWindow, [&](QWidget& window) {
+            for (const auto& [strName, strText] : settings) {
+                auto& control = windows::Named<QWidget>(window, strName);
+                if (auto* list = dynamic_cast<QComboBox*>(&control)) {
+                    list->setCurrentText(QString::fromLatin1(strText));
+                } else if (auto* box = dynamic_cast<QCheckBox*>(&control)) {
+                    box->setChecked(true);
+                } else {
+                    dynamic_cast<QLineEdit&>(control).selectAll();
+                    QTest::keyClicks(&control, QString::fromLatin1(strText));
+                }
             }
-            TxtDir.setText(QString::fromStdString(strFolder));
-            windows::Named<QPushButton>(picker, "btOK").click();
+            contents = dialogs::Contents(window);
+            windows::Named<QPushButton>(window, "cmdOK").click();
         });
+        Click(strButton);
+        return contents;
+    }
+    Strings FillInNetwork() {
+        return FillIn("cmdComms", "frmPTNetworkConfig",
+                      {{"txtIP1", "10.1.1.1"},
+                       {"txtIP2", "host.two"},
+                       {"txtIP3", "host-3"},
+                       {"txtPort1", "5001"},
+                       {"txtPort2", "5002"},
+                       {"txtPort3", "5003"},
+                       {"txtConnTimeout", "45"}});
+    }
+    Strings FillInServerLine() {
+        return FillIn("cmdComms", "frmPTSerialConfig",
+                      {{"cboPort", "COM4"},
+                       {"cboBaudRate", "300"},
+                       {"cboParity", "ODD"},
+                       {"cboDatabits", "7"},
+                       {"cboStopbit", "1.5"},
+                       {"cboFlowControl", "Hardware"}});
+    }
+    Strings FillInClientLine() {
+        return FillIn("cmdClientComms", "frmPTSerialConfig",
+                      {{"cboPort", "COM256"},
+                       {"cboBaudRate", "115200"},
+                       {"cboParity", "MARK"},
+                       {"cboDatabits", "8"},
+                       {"cboStopbit", "2"},
+                       {"cboFlowControl", "Xon/Xoff"},
+                       {"chkAutobaud", ""}});
+    }
+    /// What such a window shows when it opens.
+    Strings ShownBehind(const char* strButton, const char* strWindow) {
+        return FillIn(strButton, strWindow, {});
+    }
+
+    /// The user fills in the window itself, but for the mode and what hangs on it.
+    void FillInProfile() {
+        Pick("cboPlatForm", 1);
+        Pick("cboEprom", 1);
+        Pick("cboDlType", 1);
+        for (const TextCase& text : texts)
+            Type(text.strField, text.strText);
+        for (const BoxCase& box : boxes)
+            Check(box.strBox, true);
+        for (const char* folder : {"/srv/base", "/srv/log", "/srv/key"})
+            host.files.MakeFolder(folder);
+        ExpectFolderPick("Select Brennik base folder", "C:\\home\\user", "C:\\srv\\base");
+        Click("cmdBrowse");
+        ExpectFolderPick("Select Brennik logfile folder", "C:\\home\\user", "C:\\srv\\log");
+        Click("cmdLogBrowse");
+        ExpectFolderPick("Select public key file folder", "C:\\home\\user", "C:\\srv\\key");
+        Click("cmdKeyFileLoc");
     }
 
     struct TextCase {
@@ -109,13 +212,45 @@ TEST_F(ConfigSave, CarriesEveryTextAndNumberToTheFileAndBack) {
     for (const TextCase& text : texts)
         Type(text.strField, text.strText);
     Apply();
-    EXPECT_EQ(user.boxes, Strings{kSaved});
+    EXPECT_EQ(user.boxes, Strings{dialogs::kSaved});
     for (const TextCase& text : texts)
         EXPECT_EQ(Stored("PROFILE_1", text.strKey), text.strText);
     CloseWindow();
     Open(1);
     for (const TextCase& text : texts)
         EXPECT_EQ(Shown(text.strField), text.strText) << text.strField;
+}
+
+TEST_F(ConfigSave, CarriesEveryFieldOfAllItsWindowsToTheFileAndBack) {
+    WriteSections({{"PlatformName=VX520", "EpromID=E1", "DownloadType=F"}}, kPlatforms);
+    FillInProfile();
+    Pick("cboOperatingMode", 1);
+    const Strings serverLine = FillInServerLine();
+    Pick("cboOperatingMode", 2);
+    const Strings network = FillInNetwork();
+    const Strings clientLine = FillInClientLine();
+    Pick("cboPassThruType", 1);
+    Check("chkUploadAllFiles", false);
+    Check("chkUploadLogFiles", true);
+    Check("chkUploadTransactionFile", true);
+    const Strings contents = dialogs::Contents(Window());
+    EXPECT_EQ(contents.size(), 34U);
+    Apply();
+
+    Strings lines = LinesOf(Ini());
+    lines.erase(lines.begin(), std::find(lines.begin(), lines.end(), "[PROFILE_1]") + 1);
+    Strings expected = kWhole;
+    std::sort(lines.begin(), lines.end());
+    std::sort(expected.begin(), expected.end());
+    EXPECT_EQ(lines, expected);
+
+    CloseWindow();
+    Open(1);
+    EXPECT_EQ(dialogs::Contents(Window()), contents);
+    EXPECT_EQ(ShownBehind("cmdComms", "frmPTNetworkConfig"), network);
+    EXPECT_EQ(ShownBehind("cmdClientComms", "frmPTSerialConfig"), clientLine);
+    Pick("cboOperatingMode", 1);
+    EXPECT_EQ(ShownBehind("cmdComms", "frmPTSerialConfig"), serverLine);
 }
 
 TEST_F(ConfigSave, CarriesEachCheckBoxAloneToTheFileAndBack) {
@@ -312,6 +447,29 @@ TEST_F(ConfigSave, ChangesTheLinesOfTheEditedFieldsAndNoOtherByte) {
     EXPECT_EQ(Stored("PROFILE_2", "Mode"), "-");
 }
 
+// A file as another hand has put it: in another order, and with line ends of both kinds.
+TEST_F(ConfigSave, ChangesAndAddsLinesAtTheFirstApplyAndNoOtherByte) {
+    Strings settings = kWhole;
+    for (const char* missing : {"MemorySize=2048", "ReleaseTitle=Release"})
+        settings.erase(std::find(settings.begin(), settings.end(), missing));
+    std::reverse(settings.begin(), settings.end());
+    const std::string strTop = std::string("; at the top\n\n[Other]\r\nKey = value \n") +
+                               kPlatforms +
+                               "[general]\nPROFILECOUNT = 2\r\n\r\n[Profile_1]\r\n; mine\n";
+    const std::string strTail = "\n[PROFILE_2]\r\nProfileName = Second\n; no line end";
+    const auto text = [&](const std::string& strName, const std::string& strAdded) {
+        std::string strText = strTop;
+        for (size_t i = 0; i < settings.size(); ++i)
+            strText += (settings[i] == "ProfileName=My profile" ? strName : settings[i]) +
+                       (i % 2 == 0 ? "\n" : "\r\n");
+        return strText + "Unknown = kept \n" + strAdded + strTail;
+    };
+    host.files.Put("/config/BrennikClient.ini", text("ProfileName=My profile", ""));
+    Type("txtProfileName", "Renamed");
+    Apply();
+    EXPECT_EQ(Ini(), text("ProfileName=Renamed", "MemorySize=0\nReleaseTitle=\n"));
+}
+
 TEST_F(ConfigSave, LeavesWhatTheWindowDoesNotShowAsTheProfileHasIt) {
     const Strings settings{"TmsAppListFile=list.txt", "ServerIPAddress1=10.1.1.1",
                            "ServerPortNo3=99",        "ServerComPort=4",
@@ -324,326 +482,6 @@ TEST_F(ConfigSave, LeavesWhatTheWindowDoesNotShowAsTheProfileHasIt) {
     for (const std::string& strSetting : settings)
         EXPECT_TRUE(IniHolds(strSetting)) << strSetting;
     EXPECT_EQ(Stored("PROFILE_1", "ForceApplicationSwap"), "-");
-}
-
-TEST_F(ConfigSave, AddsAProfileAndSavesItAgainUnderNumber0) {
-    WriteSections({{"ProfileName=One"}, {}, {}});
-    Open(-1);
-    Type("txtProfileName", "Four");
-    EXPECT_EQ(lProfileId, -1);
-    Apply();
-    EXPECT_EQ(user.boxes, Strings{kSaved});
-    EXPECT_EQ(lProfileId, 0) << "and not 4";
-    EXPECT_TRUE(bProfileSaved);
-    EXPECT_FALSE(bDirty());
-    EXPECT_EQ(Stored("GENERAL", "Profilecount"), "4");
-    EXPECT_EQ(Stored("PROFILE_4", "ProfileName"), "Four");
-    EXPECT_EQ(Stored("PROFILE_4", "LoggingEnabled"), "TRUE");
-    EXPECT_EQ(Stored("PROFILE_0", "ProfileName"), "-");
-    Type("txtProfileName", "Again");
-    Apply();
-    EXPECT_EQ(lProfileId, 0);
-    EXPECT_EQ(Stored("GENERAL", "Profilecount"), "4");
-    EXPECT_EQ(Stored("PROFILE_4", "ProfileName"), "Four");
-    EXPECT_EQ(Stored("PROFILE_0", "ProfileName"), "Again");
-    CloseWindow();
-    EXPECT_EQ(oConfig->strProfileName(), "Again");
-}
-
-TEST_F(ConfigSave, LeavesNeutralValuesBehindAfterAddingOnce) {
-    WriteSections({{"ProfileName=One"}});
-    Open(-1);
-    Type("txtProfileName", "Two");
-    Apply();
-    CloseWindow();
-    EXPECT_EQ(oConfig->strProfileName(), "") << "section PROFILE_0 was read";
-    EXPECT_EQ(oConfig->lDownloadType(), 1);
-}
-
-TEST_F(ConfigSave, ReadsSectionMinus1WhenNothingWasAdded) {
-    WriteSections({{"ProfileName=One"}}, "[PROFILE_-1]\r\nProfileName=odd\r\n");
-    ASSERT_EQ(oConfig->GetConfiguration("/config", 1), 0);
-    Open(-1);
-    EXPECT_EQ(oConfig->strProfileName(), "One");
-    CloseWindow();
-    EXPECT_EQ(lProfileId, -1);
-    EXPECT_EQ(oConfig->strProfileName(), "odd");
-    EXPECT_FALSE(bProfileSaved);
-}
-
-TEST_F(ConfigSave, TakesWhatTheObjectHoldsIntoANewProfile) {
-    WriteSections({{"ServerIPAddress1=10.9.9.9", "TmsAppFolder=old"}});
-    ASSERT_EQ(oConfig->GetConfiguration("/config", 1), 0);
-    Open(-1);
-    Type("txtProfileName", "Two");
-    Apply();
-    EXPECT_EQ(Stored("PROFILE_2", "ServerIPAddress1"), "10.9.9.9");
-    EXPECT_EQ(Stored("PROFILE_2", "TmsAppFolder"), "old");
-}
-
-TEST_F(ConfigSave, CreatesTheFileForTheFirstProfile) {
-    host.files.Remove("/config/BrennikClient.ini");
-    host.files.MakeFolder("/config");
-    Open(-1);
-    Type("txtProfileName", "First");
-    Apply();
-    EXPECT_EQ(Stored("GENERAL", "Profilecount"), "1");
-    EXPECT_EQ(Stored("PROFILE_1", "ProfileName"), "First");
-}
-
-TEST_F(ConfigSave, TellsAFailedSaveAndStaysDirty) {
-    WriteSections({{}});
-    host.files.Put("/config/BrennikClient.ini", "[GENERAL]\r\nProfilecount=2147483647\r\n");
-    const std::string strBefore = Ini();
-    Open(-1);
-    Type("txtProfileName", "Too many");
-    user.Expect("MessageBox", [](QWidget& box) {
-        EXPECT_EQ(dynamic_cast<QMessageBox&>(box).icon(), QMessageBox::Warning);
-        box.close();
-    });
-    Click("cmdApply");
-    EXPECT_EQ(user.boxes, Strings{"Failed saving application configuration.\n"
-                                  "TBrennikClientConfig.SaveConfiguration() Failed - Overflow"});
-    EXPECT_TRUE(bDirty());
-    EXPECT_FALSE(bProfileSaved);
-    EXPECT_EQ(lProfileId, -1);
-    EXPECT_EQ(Ini(), strBefore);
-    EXPECT_EQ(QApplication::overrideCursor(), nullptr);
-}
-
-// The numbers that the store returns are the only trace: meant.
-TEST_F(ConfigSave, CallsASaveASuccessAlthoughNothingCanBeWritten) {
-    WriteSections({{"ProfileName=Old"}});
-    const std::string strBefore = Ini();
-    Type("txtProfileName", "New");
-    host.files.DenyWrites("/config/BrennikClient.ini");
-    Apply();
-    EXPECT_EQ(user.boxes, Strings{kSaved});
-    EXPECT_EQ(Ini(), strBefore);
-    EXPECT_TRUE(bProfileSaved);
-    EXPECT_FALSE(bDirty());
-    ASSERT_FALSE(host.profileStrings.writes.empty());
-    EXPECT_FALSE(host.profileStrings.writes.front().bSucceeded);
-    EXPECT_EQ(host.profileStrings.writes.front().strKey, "ProfileName");
-}
-
-TEST_F(ConfigSave, ShowsTheHourglassWhileItSavesAndAnArrowOverTheBox) {
-    WriteSections({{}});
-    Type("txtProfileName", "New");
-    Qt::CursorShape overBox = Qt::BlankCursor;
-    ExpectBox([&](QWidget& box) {
-        overBox = QApplication::overrideCursor()->shape();
-        EXPECT_EQ(dynamic_cast<QMessageBox&>(box).icon(), QMessageBox::Information);
-    });
-    Click("cmdApply");
-    EXPECT_EQ(overBox, Qt::ArrowCursor);
-    EXPECT_EQ(QApplication::overrideCursor(), nullptr);
-}
-
-TEST_F(ConfigSave, ClosesWithoutAQuestionWhenClean) {
-    WriteSections({{"ProfileName=Old"}});
-    Click("cmdClose");
-    EXPECT_FALSE(Window().isVisible());
-    EXPECT_EQ(user.boxes, Strings());
-}
-
-TEST_F(ConfigSave, AsksBeforeItClosesAndSavesOnYes) {
-    WriteSections({{"ProfileName=Old"}});
-    Type("txtProfileName", "New");
-    Answer(QMessageBox::Yes);
-    ExpectBox();
-    Click("cmdClose");
-    EXPECT_EQ(user.boxes, (Strings{kQuestion, kSaved}));
-    EXPECT_EQ(Stored("PROFILE_1", "ProfileName"), "New");
-    EXPECT_FALSE(Window().isVisible());
-}
-
-TEST_F(ConfigSave, AsksBeforeItClosesAndDropsOnNo) {
-    WriteSections({{"ProfileName=Old"}});
-    Type("txtProfileName", "New");
-    Answer(QMessageBox::No);
-    Click("cmdClose");
-    EXPECT_EQ(user.boxes, Strings{kQuestion});
-    EXPECT_EQ(Stored("PROFILE_1", "ProfileName"), "Old");
-    EXPECT_FALSE(bProfileSaved);
-    EXPECT_FALSE(Window().isVisible());
-}
-
-TEST_F(ConfigSave, ClosesAlthoughTheSaveFailed) {
-    host.files.Put("/config/BrennikClient.ini", "[GENERAL]\r\nProfilecount=2147483647\r\n");
-    Open(-1);
-    Type("txtProfileName", "Too many");
-    Answer(QMessageBox::Yes);
-    ExpectBox();
-    Click("cmdClose");
-    EXPECT_FALSE(Window().isVisible());
-}
-
-TEST_F(ConfigSave, AsksNothingOnEscAndTheCloseButton) {
-    for (const bool bEsc : {true, false}) {
-        WriteSections({{"ProfileName=Old"}});
-        Open(1);
-        Type("txtProfileName", "New");
-        oConfig->strServerIPAddress1("changed");
-        if (bEsc)
-            QTest::keyClick(&Window(), Qt::Key_Escape);
-        else
-            CloseWindow();
-        EXPECT_FALSE(Window().isVisible());
-        EXPECT_EQ(Stored("PROFILE_1", "ProfileName"), "Old");
-        EXPECT_EQ(oConfig->strServerIPAddress1(), "") << "loaded again";
-    }
-    EXPECT_EQ(user.boxes, Strings());
-}
-
-TEST_F(ConfigSave, DropsWhatTheCommunicationWindowsChanged) {
-    WriteSections({{"Mode=0", "ServerIPAddress1=10.0.0.1", "ServerBlockedSocket=TRUE"}});
-    user.Expect("frmPTNetworkConfig", [](QWidget& window) {
-        windows::Named<QLineEdit>(window, "txtIP1").setText(QStringLiteral("10.2.2.2"));
-        windows::Named<QPushButton>(window, "cmdOK").click();
-    });
-    Click("cmdComms");
-    EXPECT_EQ(oConfig->strServerIPAddress1(), "10.2.2.2");
-    EXPECT_TRUE(bDirty());
-    Answer(QMessageBox::No);
-    Click("cmdClose");
-    EXPECT_EQ(oConfig->strServerIPAddress1(), "10.0.0.1");
-    EXPECT_TRUE(oConfig->bServerBlockedSocket());
-}
-
-TEST_F(ConfigSave, SavesWhatTheCommunicationWindowsChanged) {
-    WriteSections({{"Mode=2", "ServerIPAddress1=10.0.0.1", "ClientComPort=1"}});
-    user.Expect("frmPTNetworkConfig", [](QWidget& window) {
-        windows::Named<QLineEdit>(window, "txtIP1").setText(QStringLiteral("10.2.2.2"));
-        windows::Named<QPushButton>(window, "cmdOK").click();
-    });
-    Click("cmdComms");
-    user.Expect("frmPTSerialConfig", [](QWidget& window) {
-        windows::Named<QComboBox>(window, "cboPort").setCurrentIndex(4);
-        windows::Named<QPushButton>(window, "cmdOK").click();
-    });
-    Click("cmdClientComms");
-    Apply();
-    EXPECT_EQ(Stored("PROFILE_1", "ServerIPAddress1"), "10.2.2.2");
-    EXPECT_EQ(Stored("PROFILE_1", "ClientComPort"), "5");
-    EXPECT_EQ(Stored("PROFILE_1", "ServerComPort"), "0");
-    EXPECT_EQ(Stored("PROFILE_1", "Mode"), "2") << "what told the windows their side is gone";
-}
-
-TEST_F(ConfigSave, OpensTheCommunicationWindowsOfEachModeAndIsDirtyAllTheSame) {
-    struct Case {
-        int nMode;
-        const char* strButton;
-        const char* strWindow;
-        int32_t lOperatingMode;
-    };
-    for (const Case& one : std::vector<Case>{{0, "cmdComms", "frmPTNetworkConfig", 0},
-                                             {1, "cmdComms", "frmPTSerialConfig", 1},
-                                             {2, "cmdComms", "frmPTNetworkConfig", 0},
-                                             {3, "cmdComms", "frmPTSerialConfig", 1},
-                                             {2, "cmdClientComms", "frmPTSerialConfig", 2},
-                                             {3, "cmdClientComms", "frmPTSerialConfig", 2}}) {
-        WriteSections({{"Mode=" + std::to_string(one.nMode)}});
-        Open(1);
-        int32_t lMode = -1;
-        user.Expect(one.strWindow, [&](QWidget& window) {
-            lMode = oConfig->lOperatingMode();
-            QTest::keyClick(&window, Qt::Key_Escape);
-        });
-        Click(one.strButton);
-        EXPECT_EQ(lMode, one.lOperatingMode) << one.strButton << " in mode " << one.nMode;
-        EXPECT_TRUE(bDirty());
-        CloseWindow();
-        EXPECT_EQ(oConfig->lOperatingMode(), one.nMode);
-    }
-}
-
-TEST_F(ConfigSave, PutsABrowsedFolderInItsBox) {
-    struct Case {
-        const char* strButton;
-        const char* strField;
-        const char* strTitle;
-        const char* strKey;
-    };
-    for (const Case& one : std::vector<Case>{
-             {"cmdBrowse", "txtBaseFolder", "Select Brennik base folder", "WorkingFolder"},
-             {"cmdLogBrowse", "txtLogPath", "Select Brennik logfile folder", "LogFilePath"},
-             {"cmdKeyFileLoc", "txtKeyFileLoc", "Select public key file folder",
-              "PublicKeyFileLocation"}}) {
-        WriteSections({{std::string(one.strKey) + "=C:\\srv", "InjectPublicKeyFile=TRUE"}});
-        Open(1);
-        ExpectFolderPick(one.strTitle, "C:\\srv", "C:\\log");
-        Click(one.strButton);
-        EXPECT_EQ(Shown(one.strField), "C:\\log");
-        EXPECT_TRUE(bDirty());
-        Apply();
-        EXPECT_EQ(Stored("PROFILE_1", one.strKey), "C:\\log");
-    }
-}
-
-TEST_F(ConfigSave, TakesTheStartFolderOfAPickerLeftByEscForAChoice) {
-    WriteSections({{"WorkingFolder=C:\\srv"}});
-    ExpectFolderPick("Select Brennik base folder", "C:\\srv", "");
-    Click("cmdBrowse");
-    EXPECT_EQ(Shown("txtBaseFolder"), "C:\\srv");
-    EXPECT_TRUE(bDirty());
-}
-
-TEST_F(ConfigSave, LeavesTheFolderAloneWhenThePickerIsCancelled) {
-    WriteSections({{"WorkingFolder=C:\\srv"}});
-    user.Expect("frmSelDir",
-                [](QWidget& picker) { windows::Named<QPushButton>(picker, "btCancel").click(); });
-    Click("cmdBrowse");
-    EXPECT_EQ(Shown("txtBaseFolder"), "C:\\srv");
-    EXPECT_FALSE(bDirty());
-}
-
-TEST_F(ConfigSave, ReportsAProfileThatCannotBeLoadedAndLoadsWhatThereIs) {
-    WriteSections({{"ProfileName=One", "ServerComPort=70000"}});
-    oConfig->strProfileName("old");
-    Fail(1);
-    EXPECT_EQ(user.boxes, Strings{std::string(kFilling) +
-                                  "TBrennikClientConfig.GetConfiguration() Failed - Overflow"});
-    EXPECT_EQ(oConfig->strProfileName(), "One");
-    EXPECT_FALSE(bProfileSaved);
-}
-
-TEST_F(ConfigSave, FailsOnATextThatAFixedListDoesNotHold) {
-    const char* platforms = "[PLATFORMS]\r\n1=VX520,E1:E2,POS\r\n";
-    for (const Strings& settings : std::vector<Strings>{{"PlatformName=VX999", "EpromID=E1"},
-                                                        {"PlatformName=", "EpromID="},
-                                                        {"PlatformName=VX520", "EpromID=E9"},
-                                                        {"PlatformName=VX520", "EpromID="},
-                                                        {"PlatformName=vx520", "EpromID=E1"}}) {
-        user.boxes.clear();
-        WriteSections({settings}, platforms);
-        Fail(1);
-        EXPECT_EQ(user.boxes, Strings{std::string(kFilling) + "Invalid procedure call"});
-    }
-    for (const char* mode : {"Mode=4", "Mode=-1"}) {
-        user.boxes.clear();
-        WriteSections({{"PlatformName=VX520", "EpromID=E1", mode}}, platforms);
-        Fail(1);
-        EXPECT_EQ(user.boxes, Strings{std::string(kFilling) + "Invalid procedure call"}) << mode;
-    }
-    user.boxes.clear();
-    oConfig = std::make_unique<TBrennikClientConfig>();
-    WriteSections({{"PlatformName=VX520"}});
-    Fail(1);
-    EXPECT_EQ(user.boxes.size(), 1U) << "a list without any entry holds no text either";
-}
-
-TEST_F(ConfigSave, ReloadsTheProfileWhenItCouldNotBeShown) {
-    WriteSections({{"ProfileName=One", "Mode=9"}});
-    lProfileId = 1;
-    user.Expect("MessageBox", [](QWidget& box) {
-        oConfig->strProfileName("changed meanwhile");
-        box.close();
-    });
-    frmBrennikConfig window(nullptr);
-    EXPECT_EQ(window.exec(), 0);
-    EXPECT_EQ(oConfig->strProfileName(), "One");
-    EXPECT_FALSE(window.isVisible());
 }
 
 } // namespace

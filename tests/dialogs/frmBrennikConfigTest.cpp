@@ -1,12 +1,13 @@
 #include "dialogs/frmBrennikConfig.h"
 
 #include "tests/dialogs/ConfigFixture.h"
+#include "tests/dialogs/DialogChecks.h"
 
 #include <gtest/gtest.h>
 
 #include <QGroupBox>
 #include <QLabel>
-#include <QSignalSpy>
+#include <algorithm>
 #include <set>
 #include <string>
 #include <vector>
@@ -93,17 +94,46 @@ TEST_F(FrmBrennikConfig, LabelsEachFieldInItsFrame) {
                "Release Title: txtReleaseTitle", "Base Folder: txtBaseFolder",
                "Script File Name: txtScriptFileName", "Public key file location: txtKeyFileLoc"}},
              {3, {"Select log file folder: txtLogPath", "Log file name: txtLogFileName"}}}) {
-        Strings labels;
-        for (const QLabel* label : Frame(expected.nFrame).findChildren<QLabel*>()) {
-            if (label->buddy() != nullptr)
-                labels.push_back(label->text().toStdString() + ": " +
-                                 label->buddy()->objectName().toStdString());
-        }
-        EXPECT_EQ(labels, expected.labels);
+        EXPECT_EQ(dialogs::Labels(Frame(expected.nFrame)), expected.labels);
     }
     const auto* timeouts = dynamic_cast<QGroupBox*>(The<QWidget>("txtComms(4)").parentWidget());
     ASSERT_NE(timeouts, nullptr);
     EXPECT_EQ(timeouts->title().toStdString(), "Timeouts / Attempts");
+}
+
+TEST_F(FrmBrennikConfig, FramesWhatStandsBelowTheTwoHeadings) {
+    const std::vector<std::pair<const char*, Strings>> frames = {
+        {"chkInjectPublicKey", {"txtKeyFileLoc", "cmdKeyFileLoc"}},
+        {"chkLogging",
+         {"txtLogPath", "cmdLogBrowse", "txtLogFileName", "chkLogControlPkt", "chkLogProcessPkt"}}};
+    for (const auto& [strHeading, expected] : frames) {
+        auto& heading = The<QCheckBox>(strHeading);
+        ShowTabOf(heading);
+        auto* frame = dynamic_cast<QFrame*>(The<QWidget>(expected.front()).parentWidget());
+        ASSERT_NE(frame, nullptr) << strHeading;
+        EXPECT_NE(frame->frameShape(), QFrame::NoFrame);
+        EXPECT_EQ(frame->parentWidget(), heading.parentWidget()) << "side by side";
+        EXPECT_GT(frame->geometry().top(), heading.geometry().bottom());
+        Strings names;
+        for (const QWidget* control :
+             frame->findChildren<QWidget*>(QString(), Qt::FindDirectChildrenOnly)) {
+            if (!control->objectName().isEmpty())
+                names.push_back(control->objectName().toStdString());
+        }
+        std::sort(names.begin(), names.end());
+        Strings sorted = expected;
+        std::sort(sorted.begin(), sorted.end());
+        EXPECT_EQ(names, sorted);
+    }
+}
+
+TEST_F(FrmBrennikConfig, DescribesTheModeBetweenItAndTheType) {
+    const QRect mode = The<QWidget>("cboOperatingMode").geometry();
+    const QRect description = The<QWidget>("capDescription").geometry();
+    EXPECT_GT(description.top(), mode.bottom());
+    EXPECT_LT(description.bottom(), The<QWidget>("cboPassThruType").geometry().top());
+    for (const char* name : {"cboOperatingMode", "capDescription", "cboPassThruType"})
+        EXPECT_EQ(The<QWidget>(name).parentWidget(), &Frame(0)) << name;
 }
 
 TEST_F(FrmBrennikConfig, LabelsItsButtonsAndBoxesToTheLastBlank) {
@@ -221,8 +251,11 @@ TEST_F(FrmBrennikConfig, IsReadByTabInItsOrder) {
                    {"Mode=0", "InjectPublicKeyFile=TRUE", "PlatformName=VX520", "EpromID=E1",
                     "FolderPerDownloadAttempt=TRUE"}},
                   kPlatforms);
+    bool bEdited = false;
     const auto order = [&](int32_t lProfile, int nTab) {
         Open(lProfile);
+        if (bEdited)
+            Type("txtProfileName", "New");
         The<QTabWidget>("TabStrip1").setCurrentIndex(nTab);
         windows::Named<QTabBar>(Window(), "qt_tabwidget_tabbar").setFocus();
         Strings names;
@@ -258,6 +291,11 @@ TEST_F(FrmBrennikConfig, IsReadByTabInItsOrder) {
                                     "txtKeyFileLoc",
                                     "cmdKeyFileLoc",
                                     "cmdClose"}));
+    bEdited = true;
+    EXPECT_EQ(order(1, 1),
+              (Strings{"cmdComms", "cmdClientComms", "txtComms(0)", "txtComms(1)", "txtComms(2)",
+                       "txtComms(3)", "txtComms(4)", "cmdApply", "cmdClose"}));
+    bEdited = false;
     EXPECT_EQ(order(2, 3), (Strings{"chkLogging", "txtLogPath", "cmdLogBrowse", "txtLogFileName",
                                     "chkLogControlPkt", "chkLogProcessPkt", "cmdClose"}));
 }

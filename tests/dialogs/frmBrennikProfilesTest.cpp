@@ -1,6 +1,7 @@
 #include "dialogs/frmBrennikProfiles.h"
 
 #include "dialogs/frmBrennikConfig.h"
+#include "tests/dialogs/FailingHost.h"
 #include "tests/windows/WindowsWorld.h"
 
 #include <gtest/gtest.h>
@@ -46,16 +47,19 @@ class FrmBrennikProfiles : public windows::WindowsTest {
     }
 
     /// The user types a name in the editor and applies it, or only leaves.
-    void ExpectEdit(int32_t lNumber, const std::string& strName, bool bApply = true) {
+    void ExpectEdit(
+        int32_t lNumber, const std::string& strName, bool bApply = true,
+        const std::function<void()>& onClosing = [] {}) {
         user.Expect("frmBrennikConfig", [=](QWidget& editor) {
             EXPECT_EQ(lProfileId, lNumber);
             auto& txtProfileName = Named<QLineEdit>(editor, "txtProfileName");
             txtProfileName.selectAll();
             QTest::keyClicks(&txtProfileName, QString::fromStdString(strName));
             // Not in here, where the user could not meet the box that opens.
-            QTimer::singleShot(0, &editor, [&editor, bApply] {
+            QTimer::singleShot(0, &editor, [&editor, bApply, onClosing] {
                 if (bApply)
                     Named<QPushButton>(editor, "cmdApply").click();
+                onClosing();
                 editor.close();
             });
         });
@@ -181,6 +185,42 @@ TEST_F(FrmBrennikProfiles, DeletesNothing) {
     EXPECT_EQ(Ini(), strBefore);
     EXPECT_EQ(Shown(), (Strings{"One", "Two", "Three"}));
     EXPECT_EQ(Profiles().currentRow(), 1);
+}
+
+TEST_F(FrmBrennikProfiles, OpensEmptyWithoutTheFolderOfTheProgram) {
+    dialogs::ProcessesWithoutFolder processes(host);
+    Host broken = world::Swapped(host.TheHost(), processes);
+    const ScopedHost scoped(broken);
+    EXPECT_EQ(Shown(), Strings());
+    EXPECT_EQ(user.met, Strings());
+    EXPECT_TRUE(Button("cmdAdd").isEnabled());
+}
+
+TEST_F(FrmBrennikProfiles, EndsAnEditQuietlyWhenTheListCannotBeFilledAnew) {
+    dialogs::ProcessesWithoutFolder processes(host);
+    processes.bGone = false;
+    Host breaking = world::Swapped(host.TheHost(), processes);
+    const ScopedHost scoped(breaking);
+    for (const auto& [strButton, lNumber] :
+         std::vector<std::pair<const char*, int32_t>>{{"cmdModify", 1}, {"cmdAdd", -1}}) {
+        processes.bGone = false;
+        window_.reset();
+        ExpectEdit(lNumber, "Changed", true, [&] { processes.bGone = true; });
+        Button(strButton).click();
+        EXPECT_EQ(Shown(), Strings()) << strButton;
+        EXPECT_TRUE(Window().isVisible());
+    }
+    EXPECT_EQ(user.boxes.size(), 2U) << "those of the two saves alone";
+}
+
+TEST_F(FrmBrennikProfiles, ShowsTheNamesBeforeOneThatCannotBeRead) {
+    // The count is read, then name by name.
+    host.FailNext(world::Op::ReadProfileString, {}, 1, 2);
+    EXPECT_EQ(Shown(), (Strings{"One", "", "Three"}));
+    window_.reset();
+    host.FailNext(world::Op::ReadProfileString);
+    EXPECT_EQ(Shown(), Strings());
+    EXPECT_EQ(user.met, Strings());
 }
 
 TEST_F(FrmBrennikProfiles, ClosesByItsButtonAndByEsc) {

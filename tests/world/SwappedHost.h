@@ -27,6 +27,10 @@ inline Host Swapped(Host& host, ProfileStrings& profileStrings) {
     return {host.clock,     host.sockets,   host.comPorts, host.files,
             profileStrings, host.processes, host.ostRtl,   host.pumpEvents};
 }
+inline Host Swapped(Host& host, Processes& processes) {
+    return {host.clock,          host.sockets, host.comPorts, host.files,
+            host.profileStrings, processes,    host.ostRtl,   host.pumpEvents};
+}
 inline Host Swapped(Host& host, OstRtl& ostRtl) {
     return {host.clock,          host.sockets,   host.comPorts, host.files,
             host.profileStrings, host.processes, ostRtl,        host.pumpEvents};
