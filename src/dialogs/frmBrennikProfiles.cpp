@@ -61,8 +61,10 @@ void frmBrennikProfiles::FillProfileList() {
     std::vector<std::string> strNames;
     int32_t lCount = 0;
     // Whatever could be read is shown.
-    static_cast<void>(oFileConfig.GetProfileNamesAndCount(CurrentHost().processes.ProgramFolder(),
-                                                          strNames, lCount));
+    Quietly([&] {
+        static_cast<void>(oFileConfig.GetProfileNamesAndCount(
+            CurrentHost().processes.ProgramFolder(), strNames, lCount));
+    });
     for (const std::string& strName : strNames)
         lstProfiles_->addItem(LineText(strName));
     if (lstProfiles_->count() > 0)

@@ -208,6 +208,7 @@ TEST_F(FrmBrennikProfiles, EndsAnEditQuietlyWhenTheListCannotBeFilledAnew) {
         ExpectEdit(lNumber, "Changed", true, [&] { processes.bGone = true; });
         Button(strButton).click();
         EXPECT_EQ(Shown(), Strings()) << strButton;
+        EXPECT_FALSE(Button("cmdModify").isEnabled()) << "there is nothing to modify";
         EXPECT_TRUE(Window().isVisible());
     }
     EXPECT_EQ(user.boxes.size(), 2U) << "those of the two saves alone";
