@@ -15,33 +15,16 @@ namespace {
 using world::MangleRates;
 using world::SeededNumbers;
 
-/// A harmful wire does up to nWorst of each harm to 10,000 bytes.
-MangleRates Rates(SeededNumbers& numbers, bool bHarm, uint64_t nWorst) {
-    MangleRates rates;
-    rates.iSplit = static_cast<int32_t>(numbers.Below(1500));
-    rates.iDelay = static_cast<int32_t>(numbers.Below(1500));
-    rates.longestDelay = static_cast<Microseconds>(1 + numbers.Below(60)) * kMillisecond;
-    if (bHarm) {
-        // Some wires are nearly clean, some are hopeless.
-        const uint64_t nScale = 1 + numbers.Below(nWorst);
-        rates.iDrop = static_cast<int32_t>(numbers.Below(nScale));
-        rates.iDouble = static_cast<int32_t>(numbers.Below(nScale));
-        rates.iFlip = static_cast<int32_t>(numbers.Below(nScale));
-        if (numbers.Happens(500))
-            rates.longestDelay = 3 * kSecond;
-    }
-    return rates;
-}
-
-/// One conversation, in a host of its own, over a wire drawn from the seed.
+/// One conversation, in a host of its own, over a wire drawn from the seed; nWorst is that of the
+/// rates.
 class Ordeal : public DeviceTest {
   public:
     void TestBody() override {}
 
     Ordeal(uint64_t nSeed, uint64_t nWorst) : numbers(nSeed * 7919) {
         bHarm_ = !numbers.Happens(2000);
-        const MangleRates toDevice = Rates(numbers, bHarm_, nWorst);
-        const MangleRates toUs = Rates(numbers, bHarm_, nWorst);
+        const MangleRates toDevice = world::DrawnRates(numbers, bHarm_, nWorst);
+        const MangleRates toUs = world::DrawnRates(numbers, bHarm_, nWorst);
         auto mangler = std::make_unique<world::SeededMangler>(nSeed, toDevice, toUs);
         mangler_ = mangler.get();
         Line().SetMangler(std::move(mangler));

@@ -19,7 +19,6 @@ namespace {
 
 using world::Direction;
 using world::MangleRates;
-using world::Microseconds;
 using world::Outlet;
 using world::SeededMangler;
 using world::SeededNumbers;
@@ -276,21 +275,7 @@ class Ordeal {
     RelayProfile profile_;
 };
 
-MangleRates Rates(SeededNumbers& numbers, bool bHarm) {
-    MangleRates rates;
-    rates.iSplit = static_cast<int32_t>(numbers.Below(1500));
-    rates.iDelay = static_cast<int32_t>(numbers.Below(1500));
-    rates.longestDelay = static_cast<Microseconds>(1 + numbers.Below(60)) * kMillisecond;
-    if (bHarm) {
-        const uint64_t nScale = 1 + numbers.Below(80);
-        rates.iDrop = static_cast<int32_t>(numbers.Below(nScale));
-        rates.iDouble = static_cast<int32_t>(numbers.Below(nScale));
-        rates.iFlip = static_cast<int32_t>(numbers.Below(nScale));
-        if (numbers.Happens(500))
-            rates.longestDelay = 3 * kSecond;
-    }
-    return rates;
-}
+constexpr uint64_t kWorst = 80; ///< of each harm in 10,000 bytes
 
 constexpr int64_t kParts = 4;
 
@@ -304,8 +289,8 @@ void Torment(bool bUpload, int64_t lAllRuns, int64_t lPart) {
     for (int64_t lSeed = lFirst; lSeed < lFirst + lRuns; ++lSeed) {
         SeededNumbers numbers(static_cast<uint64_t>(lSeed) * 7919);
         const bool bHarm = !numbers.Happens(2000);
-        const MangleRates toServer = Rates(numbers, bHarm);
-        const MangleRates toClient = Rates(numbers, bHarm);
+        const MangleRates toServer = world::DrawnRates(numbers, bHarm, kWorst);
+        const MangleRates toClient = world::DrawnRates(numbers, bHarm, kWorst);
         Ordeal ordeal(bUpload, static_cast<uint64_t>(lSeed), numbers, toServer, toClient);
         SCOPED_TRACE("replay with BRENNIK_TORTURE_SEED=" + std::to_string(lSeed) +
                      " BRENNIK_TORTURE_RUNS=4");

@@ -18,7 +18,6 @@
 namespace brennik::session {
 namespace {
 
-using world::kMillisecond;
 using world::kSecond;
 using world::MangleRates;
 using world::SeededNumbers;
@@ -186,22 +185,7 @@ class Ordeal {
     bool bFed_ = false;
 };
 
-MangleRates Rates(SeededNumbers& numbers, bool bHarm) {
-    MangleRates rates;
-    rates.iSplit = static_cast<int32_t>(numbers.Below(1500));
-    rates.iDelay = static_cast<int32_t>(numbers.Below(1500));
-    rates.longestDelay = static_cast<world::Microseconds>(1 + numbers.Below(60)) * kMillisecond;
-    if (bHarm) {
-        // Some wires are nearly clean, some are hopeless.
-        const uint64_t nScale = 1 + numbers.Below(60);
-        rates.iDrop = static_cast<int32_t>(numbers.Below(nScale));
-        rates.iDouble = static_cast<int32_t>(numbers.Below(nScale));
-        rates.iFlip = static_cast<int32_t>(numbers.Below(nScale));
-        if (numbers.Happens(500))
-            rates.longestDelay = 3 * kSecond;
-    }
-    return rates;
-}
+constexpr uint64_t kWorst = 60; ///< of each harm in 10,000 bytes
 
 // One of four parts of the runs, so that they use all processors.
 constexpr int64_t kParts = 4;
@@ -216,8 +200,8 @@ void Torment(Over over, int64_t lAllRuns, int64_t lPart) {
     for (int64_t lSeed = lFirst; lSeed < lFirst + lRuns; ++lSeed) {
         SeededNumbers numbers(static_cast<uint64_t>(lSeed) * 7919);
         const bool bHarm = !numbers.Happens(2000);
-        const MangleRates toServer = Rates(numbers, bHarm);
-        const MangleRates toClient = Rates(numbers, bHarm);
+        const MangleRates toServer = world::DrawnRates(numbers, bHarm, kWorst);
+        const MangleRates toClient = world::DrawnRates(numbers, bHarm, kWorst);
         Ordeal ordeal(over, static_cast<uint64_t>(lSeed), toServer, toClient);
         SCOPED_TRACE("replay with BRENNIK_TORTURE_SEED=" + std::to_string(lSeed) +
                      " BRENNIK_TORTURE_RUNS=4");

@@ -21,6 +21,24 @@ uint64_t SeededNumbers::Next() {
     return nValue ^ (nValue >> 31);
 }
 
+MangleRates DrawnRates(SeededNumbers& numbers, bool bHarm, uint64_t nWorst) {
+    MangleRates rates;
+    rates.iSplit = static_cast<int32_t>(numbers.Below(1500));
+    rates.iDelay = static_cast<int32_t>(numbers.Below(1500));
+    rates.longestDelay = static_cast<Microseconds>(1 + numbers.Below(60)) * kMillisecond;
+    if (bHarm) {
+        // Some wires are nearly clean, some are hopeless.
+        const uint64_t nScale = 1 + numbers.Below(nWorst);
+        rates.iDrop = static_cast<int32_t>(numbers.Below(nScale));
+        rates.iDouble = static_cast<int32_t>(numbers.Below(nScale));
+        rates.iFlip = static_cast<int32_t>(numbers.Below(nScale));
+        if (numbers.Happens(500)) {
+            rates.longestDelay = 3 * kSecond;
+        }
+    }
+    return rates;
+}
+
 SeededMangler::SeededMangler(uint64_t nSeed, const MangleRates& toServer,
                              const MangleRates& toClient)
     : numbers_(nSeed), toServer_(toServer), toClient_(toClient) {

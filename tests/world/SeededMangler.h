@@ -37,6 +37,10 @@ class SeededNumbers {
     uint64_t nState_;
 };
 
+/// The rates of one direction, drawn. Every wire cuts and delays; a harmful one drops, doubles and
+/// flips too, each up to nWorst times in 10,000 bytes, and at times delays for seconds.
+MangleRates DrawnRates(SeededNumbers& numbers, bool bHarm, uint64_t nWorst);
+
 class SeededMangler : public Mangler {
   public:
     SeededMangler(uint64_t nSeed, const MangleRates& toServer, const MangleRates& toClient);

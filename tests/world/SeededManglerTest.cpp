@@ -79,5 +79,24 @@ TEST(SeededMangler, EachDamageIsWhatItIsCalled) {
     EXPECT_EQ(std::popcount(static_cast<unsigned char>(outlet.strAll[0])), 1);
 }
 
+TEST(DrawnRates, HarmNothingOnACleanWireAndAtMostTheWorstOnAHarmfulOne) {
+    bool bHarmed = false;
+    bool bSlow = false;
+    for (uint64_t nSeed = 1; nSeed <= 300; ++nSeed) {
+        SeededNumbers numbers(nSeed);
+        const MangleRates clean = DrawnRates(numbers, false, 60);
+        EXPECT_EQ(clean.iDrop + clean.iDouble + clean.iFlip, 0);
+        EXPECT_LE(clean.longestDelay, 60 * kMillisecond);
+        const MangleRates harmful = DrawnRates(numbers, true, 60);
+        for (const int32_t iRate : {harmful.iDrop, harmful.iDouble, harmful.iFlip}) {
+            EXPECT_GE(iRate, 0);
+            EXPECT_LT(iRate, 60);
+            bHarmed |= iRate > 0;
+        }
+        bSlow |= harmful.longestDelay == 3 * kSecond;
+    }
+    EXPECT_TRUE(bHarmed && bSlow);
+}
+
 } // namespace
 } // namespace brennik::world
